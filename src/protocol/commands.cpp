@@ -1,0 +1,246 @@
+#include "protocol/commands.h"
+
+#include <cctype>
+#include <cstdint>
+
+#include "protocol/engine_state.h"
+#include "protocol/game.h"
+#include "protocol/line_reader.h"
+#include "protocol/messages.h"
+#include "protocol/output.h"
+#include "protocol/scan.h"
+#include "protocol/settings.h"
+#include "protocol/think_thread.h"
+
+namespace zorva {
+
+namespace {
+
+std::FILE* inputStream = nullptr;
+
+constexpr int kEnd = 1;
+constexpr int kGoOn = 0;
+constexpr int kWhoOwn = 1, kWhoOpponent = 2, kWhoBlock = 3;
+
+char upper(char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; }
+
+// Every command that changes the position or starts a search begins here.
+void preamble() {
+  if (engine.settings.pondering) engine.ponderActive = 0;
+  stopThinking();
+  ensureGame();
+}
+
+// Starts the think thread on a turn for the side to move.
+void startTurn() {
+  engine.thinkMode = 0;
+  startThinking();
+}
+
+int cmdInfo(const char* args) {
+  handleInfo(args);
+  return kGoOn;
+}
+
+int cmdStart(const char* args) {
+  int32_t size[2] = {0, 0};
+  if (scanInts(args, "%d %d", size) == 1) size[1] = size[0];
+  engine.boardWidth = size[0];
+  engine.boardHeight = size[1];
+  preamble();
+  newGame();
+  return kGoOn;
+}
+
+int cmdRectStart(const char* args) {
+  int32_t size[2];
+  if (scanInts(args, "%d ,%d", size) != 2) {
+    sendLine(reply::kErrorRectStart);
+    return kGoOn;
+  }
+  engine.boardWidth = size[0];
+  engine.boardHeight = size[1];
+  preamble();
+  newGame();
+  return kGoOn;
+}
+
+int cmdRestart(const char*) {
+  preamble();
+  newGame(false);
+  return kGoOn;
+}
+
+// Reads "x,y" into xy; true when both numbers were read and the cell is on the board.
+bool readCell(const char* args, int32_t* xy) { return scanInts(args, "%d,%d", xy) == 2 && onBoard(xy[0], xy[1]); }
+
+int cmdTurn(const char* args) {
+  preamble();
+  int32_t xy[2];
+  if (!readCell(args, xy)) {
+    sendLine(reply::kErrorCoordinates);
+    return kGoOn;
+  }
+  playOpponentMove(xy[0], xy[1]);
+  startTurn();
+  return kGoOn;
+}
+
+int cmdPlay(const char* args) {
+  preamble();
+  int32_t xy[2];
+  if (!readCell(args, xy)) {
+    sendLine(reply::kErrorCoordinates);
+    return kGoOn;
+  }
+  playOwnMove(xy[0], xy[1]);
+  sendLine(reply::kMove, xy[0], xy[1]);
+  return kGoOn;
+}
+
+int cmdBegin(const char*) {
+  preamble();
+  startTurn();
+  return kGoOn;
+}
+
+int cmdAbout(const char*) {
+  sendLine(reply::kAbout, reply::kEngineName, reply::kAuthor, reply::kVersion, reply::kCountry, reply::kWww);
+  return kGoOn;
+}
+
+int cmdEnd(const char*) { return kEnd; }
+
+// Reads "x,y,who" lines until one is not a valid entry; that line must be DONE.
+void readBoardBody() {
+  for (;;) {
+    readInputLine();
+    int32_t entry[3];
+    const bool valid = scanInts(engine.inputLine, "%d,%d,%d", entry) == 3 && onBoard(entry[0], entry[1]);
+    const int who = valid ? entry[2] : 0;
+    if (who == kWhoOwn)
+      playOwnMove(entry[0], entry[1]);
+    else if (who == kWhoOpponent)
+      playOpponentMove(entry[0], entry[1]);
+    else if (who == kWhoBlock)
+      placeBlock(entry[0], entry[1]);
+    else {
+      if (!equalsIgnoreCase(engine.inputLine, "DONE")) sendLine(reply::kErrorBoardLine);
+      return;
+    }
+  }
+}
+
+int cmdBoard(const char*) {
+  preamble();
+  readBoardBody();
+  startTurn();
+  return kGoOn;
+}
+
+int cmdTakeBack(const char* args) {
+  preamble();
+  int32_t xy[2];
+  const TakeBackResult result =
+      readCell(args, xy) ? engine.board.takeBack(xy[0], xy[1]) : TakeBackResult::BadCell;
+  if (result == TakeBackResult::Done)
+    sendLine(reply::kOk);
+  else if (result == TakeBackResult::NotAStone)
+    sendLine(reply::kUnknown);
+  else
+    sendLine(reply::kErrorCoordinates);
+  return kGoOn;
+}
+
+struct Command {
+  const char* keyword;
+  int (*run)(const char* args);  // null: known keyword whose command is not available
+};
+
+// Tested in this order, first match wins: a keyword must come before every
+// keyword it is a prefix of.
+constexpr Command kCommands[] = {
+    {"info", cmdInfo},
+    {"start", cmdStart},
+    {"rectstart", cmdRectStart},
+    {"restart", cmdRestart},
+    {"turn", cmdTurn},
+    {"play", cmdPlay},
+    {"begin", cmdBegin},
+    {"about", cmdAbout},
+    {"end", cmdEnd},
+    {"board", cmdBoard},
+    {"zvboard", nullptr},
+    {"zvstop", nullptr},
+    {"zvblockpathreset", nullptr},
+    {"zvblockpathundo", nullptr},
+    {"zvblockpath", nullptr},
+    {"zvblockreset", nullptr},
+    {"zvblockundo", nullptr},
+    {"zvblock", nullptr},
+    {"zvforbid add", nullptr},
+    {"zvforbid del", nullptr},
+    {"zvprintfeaturebatch", nullptr},
+    {"zvprintfeature", nullptr},
+    {"takeback", cmdTakeBack},
+    {"zvshowforbid", nullptr},
+    {"zvshowinfo", nullptr},
+    {"zvshowhashusage", nullptr},
+    {"zvhashclear", nullptr},
+    {"zvhashdump", nullptr},
+    {"zvhashload", nullptr},
+    {"zvbalancetwo", nullptr},
+    {"zvbalanceone", nullptr},
+    {"zvnbest", nullptr},
+    {"zvsearchdefend", nullptr},
+    {"zvsavedatabase", nullptr},
+    {"zvloaddatabase", nullptr},
+    {"zvswap2step1", nullptr},
+    {"zvswap2step2", nullptr},
+    {"zvswap2step3", nullptr},
+    {"zvsoosorvstep1", nullptr},
+    {"zvsoosorvstep2", nullptr},
+    {"zvsoosorvstep3", nullptr},
+    {"zvsoosorvstep4", nullptr},
+    {"zvsoosorvstep5", nullptr},
+    {"zvsoosorvstep6", nullptr},
+    {"zvdraw", nullptr},
+    {"zvresign", nullptr},
+    {"zvpass", nullptr},
+    {"zvdbtotxt", nullptr},
+    {"zvtxttodb", nullptr},
+    {"zvdbcheck", nullptr},
+    {"zvsetdatabase", nullptr},
+    {"zvedittvddatabase", nullptr},
+    {"zveditrawmsgdatabase", nullptr},
+    {"zvdeletedatabaseone", nullptr},
+    {"zvdeletedatabaseall", nullptr},
+    {"zvdeletedatabaseiso", nullptr},
+    {"zvquerydatabaseone", nullptr},
+    {"zvquerydatabaseall", nullptr},
+};
+
+}  // namespace
+
+const char* matchCommand(const char* keyword, const char* line) {
+  for (; *keyword; ++keyword, ++line)
+    if (upper(*keyword) != upper(*line)) return nullptr;
+  while (std::isspace(static_cast<unsigned char>(*line))) ++line;
+  return line;
+}
+
+int handleCommand() {
+  for (const Command& command : kCommands)
+    if (const char* args = matchCommand(command.keyword, engine.inputLine)) {
+      if (!command.run) break;
+      return command.run(args);
+    }
+  sendLine(reply::kUnknownCommand);
+  return kGoOn;
+}
+
+void setInput(std::FILE* stream) { inputStream = stream; }
+
+bool readInputLine() { return readLine(inputStream ? inputStream : stdin, engine.inputLine, kLineBuffer); }
+
+}  // namespace zorva

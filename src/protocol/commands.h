@@ -1,0 +1,21 @@
+#pragma once
+// The command dispatcher of the input loop.
+#include <cstdio>
+
+namespace zorva {
+
+// Case-insensitive prefix test with no word boundary: returns the text behind
+// the keyword and the white space after it, or nullptr when `line` does not
+// begin with `keyword`.
+const char* matchCommand(const char* keyword, const char* line);
+
+// Runs the command in engine.inputLine; returns 1 for END, otherwise 0.
+int handleCommand();
+
+// Where handleCommand and the multi-line commands read further lines from.
+void setInput(std::FILE* stream);
+
+// Reads the next line into engine.inputLine; false at end of input.
+bool readInputLine();
+
+}  // namespace zorva

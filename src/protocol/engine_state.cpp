@@ -1,0 +1,7 @@
+#include "protocol/engine_state.h"
+
+namespace zorva {
+
+EngineState engine;
+
+}  // namespace zorva

@@ -1,0 +1,76 @@
+#pragma once
+// The engine's one global record: settings, game size, think-thread flags and
+// the position. The input thread owns it; the think and search threads read
+// the settings and flags while they run.
+#include <cstdint>
+
+#include "board/board.h"
+#include "protocol/relaxed.h"
+
+namespace zorva {
+
+constexpr int kLineBuffer = 8192;
+constexpr int kFolderLength = 1024;
+
+// Settings are plain 32-bit words that INFO may change while a search reads them.
+struct Settings {
+  Relaxed<int32_t> maxMemory{0};
+  Relaxed<int32_t> timeoutMatch{100000000};
+  Relaxed<int32_t> timeoutTurn{30000};
+  Relaxed<int32_t> timeLeft{100000000};
+  Relaxed<int32_t> gameType{1};
+  Relaxed<int32_t> maxDepth{484};
+  Relaxed<int32_t> startDepth{1};
+  Relaxed<int32_t> maxNode{2000000000};
+  Relaxed<int32_t> timeIncrement{0};
+  Relaxed<int32_t> cautionFactor{1};
+  Relaxed<int32_t> threadNum{1};
+  Relaxed<int32_t> threadSplitDepth{8};
+  Relaxed<int32_t> threeDef{1};
+  Relaxed<int32_t> earlyStop{1};
+  Relaxed<int32_t> nbestSym{0};
+  Relaxed<int32_t> dbDepthWl{5};
+  Relaxed<int32_t> checkmate{0};
+  Relaxed<int32_t> useDatabase{0};
+  Relaxed<int32_t> pondering{0};
+  Relaxed<int32_t> hashSize{524288};
+  Relaxed<int32_t> showDetail{0};
+  Relaxed<int32_t> rule{0};
+  char folder[kFolderLength] = {};
+  // Set only by the configuration script.
+  Relaxed<int32_t> boardSize{15};
+  Relaxed<int32_t> benchmark{0};
+  Relaxed<int32_t> learning{0};
+};
+
+struct EngineState {
+  Settings settings;
+
+  // First and second number of START/RECTSTART; 0 until a game starts.
+  int32_t boardWidth = 0;
+  int32_t boardHeight = 0;
+  int32_t maxSide = 15;
+
+  // Think-thread hand-shake. thinkRequested and thinkIdle are guarded by
+  // their mutexes; the others are polled without a lock.
+  Relaxed<int32_t> thinkMode{0};
+  Relaxed<int32_t> stopFlag{0};
+  Relaxed<int32_t> searchAborted{0};
+  Relaxed<int32_t> ponderActive{0};
+  int32_t thinkRequested = 0;
+  int32_t thinkIdle = 1;
+  int32_t benchmarkMode = 0;
+
+  // Cells the engine must not choose, set by the front end (1 = blocked).
+  int32_t blockTable[kCellSlots] = {};
+
+  // The game position; changed only by the input thread while the think
+  // thread is idle.
+  Board board;
+
+  char inputLine[kLineBuffer] = {};
+};
+
+extern EngineState engine;
+
+}  // namespace zorva

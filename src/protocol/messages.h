@@ -1,0 +1,29 @@
+#pragma once
+// Every fixed reply text of the protocol front end, in one place.
+
+namespace zorva::reply {
+
+inline constexpr char kEngineName[] = "Zorva";
+inline constexpr char kEdition[] = "Deep ";
+inline constexpr char kVersion[] = "0.1.0";
+inline constexpr char kAuthor[] = "The Zorva developers";
+inline constexpr char kCountry[] = "International";
+inline constexpr char kWww[] = "n/a";
+
+inline constexpr char kAbout[] = "name=\"%s\", author=\"%s\", version=\"%s\", country=\"%s\", www=\"%s\"";
+inline constexpr char kGreeting[] = "MESSAGE %sZorva %s :-)";
+inline constexpr char kOk[] = "OK";
+inline constexpr char kMove[] = "%d,%d";
+inline constexpr char kPass[] = "MESSAGE pass";
+inline constexpr char kUnknown[] = "UNKNOWN";
+inline constexpr char kUnknownCommand[] = "UNKNOWN command";
+
+inline constexpr char kErrorBoardSize[] = "ERROR size of the board";
+inline constexpr char kErrorRectStart[] = "ERROR bad RECTSTART parameters";
+inline constexpr char kErrorCoordinates[] = "ERROR bad coordinates";
+inline constexpr char kErrorOpponentMove[] = "ERROR opponents's move [%d,%d]";
+inline constexpr char kErrorOwnMove[] = "ERROR my move [%d,%d]";
+inline constexpr char kErrorBlockMove[] = "ERROR board-block move [%d,%d]";
+inline constexpr char kErrorBoardLine[] = "ERROR x,y,who or DONE expected after BOARD";
+
+}  // namespace zorva::reply

@@ -1,0 +1,103 @@
+#include "protocol/think_thread.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "protocol/engine_state.h"
+#include "protocol/game.h"
+#include "protocol/messages.h"
+#include "protocol/output.h"
+#include "search/think.h"
+
+namespace zorva {
+
+namespace {
+
+constexpr int kModeTurn = 0;
+constexpr int kModeExit = -1;
+
+std::thread thinker;
+std::mutex wakeMutex;
+std::condition_variable wakeCondition;
+std::mutex idleMutex;
+std::condition_variable idleCondition;
+// The job a wake-up asks for, taken from thinkMode (and thinkMode cleared)
+// when the request is made: shutdown sets thinkMode before it stops the
+// running job, so the job must neither read nor clear it later.
+int requestedMode = kModeTurn;
+
+// A turn plays the chosen move on the game board and answers with it.
+void playTurn() {
+  const Move move = chooseTurnMove();
+  if (move == kNoMove) {
+    playOwnMove(-1, -1);
+    return;
+  }
+  const int x = rowOf(move), y = colOf(move);
+  playOwnMove(x, y);
+  sendLine(reply::kMove, x, y);
+}
+
+// The analysis jobs of the other modes are accepted and end at once.
+void runJob(int mode) {
+  if (mode == kModeTurn) playTurn();
+}
+
+void thinkLoop() {
+  for (;;) {
+    int mode;
+    {
+      std::unique_lock lock(wakeMutex);
+      wakeCondition.wait(lock, [] { return engine.thinkRequested != 0; });
+      engine.thinkRequested = 0;
+      mode = requestedMode;
+    }
+    if (mode == kModeExit) return;
+    runJob(mode);
+    {
+      std::lock_guard lock(idleMutex);
+      engine.thinkIdle = 1;
+    }
+    idleCondition.notify_all();
+  }
+}
+
+}  // namespace
+
+void startThinkThread() { thinker = std::thread(thinkLoop); }
+
+void waitUntilIdle() {
+  std::unique_lock lock(idleMutex);
+  idleCondition.wait(lock, [] { return engine.thinkIdle != 0; });
+}
+
+void stopThinking() {
+  engine.stopFlag = 1;
+  waitUntilIdle();
+}
+
+void startThinking() {
+  engine.stopFlag = 0;
+  {
+    std::lock_guard lock(idleMutex);
+    engine.thinkIdle = 0;
+  }
+  {
+    std::lock_guard lock(wakeMutex);
+    engine.thinkRequested = 1;
+    requestedMode = engine.thinkMode;
+    if (requestedMode != kModeExit) engine.thinkMode = kModeTurn;
+  }
+  wakeCondition.notify_one();
+}
+
+void shutdownThinkThread() {
+  engine.thinkMode = kModeExit;
+  if (engine.settings.pondering) engine.ponderActive = 0;
+  stopThinking();
+  startThinking();
+  thinker.join();
+}
+
+}  // namespace zorva

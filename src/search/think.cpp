@@ -1,0 +1,41 @@
+#include "search/think.h"
+
+#include <cstdlib>
+
+#include "protocol/engine_state.h"
+#include "search/searcher.h"
+
+namespace zorva {
+
+namespace {
+bool usable(const Board& board, const int32_t* blockTable, Move m) {
+  return board.inside(rowOf(m), colOf(m)) && board.at(m) == EMPTY && blockTable[m] == 0;
+}
+}  // namespace
+
+Move emptyBoardMove(const Board& board, const int32_t* blockTable) {
+  const int centreRow = board.height / 2, centreCol = board.width / 2;
+  const Move centre = makeMove(centreRow, centreCol);
+  if (board.height > 0 && usable(board, blockTable, centre)) return centre;
+  Move best = kNoMove;
+  int bestDistance = std::abs(centreRow + 1) + std::abs(centreCol + 1);
+  for (int row = 0; row < board.height; ++row)
+    for (int col = 0; col < board.width; ++col) {
+      const Move m = makeMove(row, col);
+      const int distance = std::abs(row - centreRow) + std::abs(col - centreCol);
+      if (distance < bestDistance && usable(board, blockTable, m)) {
+        best = m;
+        bestDistance = distance;
+      }
+    }
+  return best;
+}
+
+// Until the search exists every turn answers with the empty-board rule.
+Move chooseTurnMove() {
+  Board& board = searcher(0).board;
+  copyBoard(engine.board, board);
+  return emptyBoardMove(board, engine.blockTable);
+}
+
+}  // namespace zorva

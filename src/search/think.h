@@ -1,0 +1,17 @@
+#pragma once
+// The think driver: chooses the engine's move for the position on the game board.
+#include <cstdint>
+
+#include "board/board.h"
+
+namespace zorva {
+
+// The centre when usable, else the usable empty cell nearest to it by
+// Manhattan distance (the first in row-major order on a tie); kNoMove when
+// no cell is usable. `blockTable` marks the cells the engine must not choose.
+Move emptyBoardMove(const Board& board, const int32_t* blockTable);
+
+// The move for a turn on the game board, or kNoMove when none is usable.
+Move chooseTurnMove();
+
+}  // namespace zorva
