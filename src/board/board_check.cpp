@@ -46,7 +46,13 @@ std::string checkCells(const Board& b) {
       if (!b.inside(row, col) && c != WALL) return fault("cell outside the rectangle is not a wall", row, col);
       if (c != EMPTY) hash ^= zobristKeys[m][c];
       if (c == BLACK || c == WHITE) ++stones;
-      for (int colour = BLACK; colour <= WHITE; ++colour) marked += b.isMarked(m, Colour(colour));
+      for (int colour = BLACK; colour <= WHITE; ++colour) {
+        const bool isMarked = b.isMarked(m, Colour(colour));
+        marked += isMarked;
+        for (int d = 1; d < kDirections; ++d)
+          if (bool(b.wallMask[colour - 1][d][b.lineIndex(d, m)] >> b.lineShift(d, m) & kWallBits) != isMarked)
+            return fault("wall mask words disagree at", row, col);
+      }
       if (!b.inside(row, col)) continue;
       for (int ci = 0; ci < 2; ++ci) {
         int sum = 0;
