@@ -24,11 +24,27 @@ constexpr int kWhoOwn = 1, kWhoOpponent = 2, kWhoBlock = 3;
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; }
 
-// Every command that changes the position or starts a search begins here.
-void preamble() {
+// The think thread reads the game while it thinks: stop it before any change.
+void stopForChange() {
   if (engine.settings.pondering) engine.ponderActive = 0;
   stopThinking();
+}
+
+// Every command that changes the position or starts a search begins here.
+void preamble() {
+  stopForChange();
   ensureGame();
+}
+
+// START and RECTSTART store the new size only once the think thread is idle,
+// so that a move still being played is checked against the size it was
+// chosen for; a size of 0 still makes ensureGame start a 20x20 game first.
+void startWithSize(int32_t width, int32_t height) {
+  stopForChange();
+  engine.boardWidth = width;
+  engine.boardHeight = height;
+  ensureGame();
+  newGame();
 }
 
 // Starts the think thread on a turn for the side to move.
@@ -45,10 +61,7 @@ int cmdInfo(const char* args) {
 int cmdStart(const char* args) {
   int32_t size[2] = {0, 0};
   if (scanInts(args, "%d %d", size) == 1) size[1] = size[0];
-  engine.boardWidth = size[0];
-  engine.boardHeight = size[1];
-  preamble();
-  newGame();
+  startWithSize(size[0], size[1]);
   return kGoOn;
 }
 
@@ -58,10 +71,7 @@ int cmdRectStart(const char* args) {
     sendLine(reply::kErrorRectStart);
     return kGoOn;
   }
-  engine.boardWidth = size[0];
-  engine.boardHeight = size[1];
-  preamble();
-  newGame();
+  startWithSize(size[0], size[1]);
   return kGoOn;
 }
 

@@ -1,0 +1,20 @@
+#pragma once
+// Runs the engine binary as a game manager would: a whole input script on
+// standard input, standard output collected, with a time limit.
+#include <string>
+#include <vector>
+
+namespace zorva::testing {
+
+struct EngineRun {
+  std::vector<std::string> lines;  // standard output, split at line feeds
+  int exitCode = -1;               // -1 when the engine was killed or crashed
+  bool timedOut = false;
+};
+
+EngineRun runEngine(const std::string& input, int timeoutSeconds = 60);
+
+// Splits text into lines, keeping an unterminated last line.
+std::vector<std::string> splitLines(const std::string& text);
+
+}  // namespace zorva::testing

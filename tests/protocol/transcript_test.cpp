@@ -1,0 +1,100 @@
+// End-to-end transcripts: the real engine binary, a whole input script, the
+// whole output compared line by line.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "protocol/engine_process.h"
+
+namespace zorva::testing {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+const std::string kGreeting = "MESSAGE Deep Zorva 0.1.0 :-)";
+const std::string kAbout =
+    "name=\"Zorva\", author=\"The Zorva developers\", version=\"0.1.0\", country=\"International\", www=\"n/a\"";
+
+void expectTranscript(const std::string& input, const Lines& expected) {
+  const EngineRun run = runEngine(input);
+  ASSERT_FALSE(run.timedOut) << "engine hung on:\n" << input;
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.lines, expected) << "input:\n" << input;
+}
+
+TEST(Transcript, GameOnSquareBoard) {
+  expectTranscript("START 15\nBEGIN\nTURN 7,8\nPLAY 0,0\nABOUT\nEND\n",
+                   {kGreeting, "OK", "7,7", "6,7", "0,0", kAbout});
+}
+
+TEST(Transcript, SizesAtTheLimits) {
+  expectTranscript("START 23\nSTART 22\nBEGIN\nSTART -4\nRECTSTART 15 ,20\nBEGIN\nRECTSTART 15,20\nEND\n",
+                   {"ERROR size of the board", kGreeting, "OK", "11,11", "ERROR size of the board", kGreeting, "OK",
+                    "10,7", kGreeting, "OK"});
+}
+
+TEST(Transcript, StartWithoutSizeStartsTwice) {
+  expectTranscript("START\nSTART 0\n", {kGreeting, "OK", kGreeting, "OK", kGreeting, "OK", kGreeting, "OK"});
+}
+
+TEST(Transcript, CommandsBeforeStartGetATwentyBoard) {
+  expectTranscript("TURN 10,10\nEND\n", {kGreeting, "OK", "9,10"});
+  expectTranscript("turn10,10\n", {kGreeting, "OK", "9,10"});
+}
+
+TEST(Transcript, RectangleCoordinatesPairFirstWithHeight) {
+  // RECTSTART width,height: x runs below the height (20), y below the width (15).
+  expectTranscript("RECTSTART 15,20\nTURN 19,14\nTURN 14,19\nPLAY 15,3\nEND\n",
+                   {kGreeting, "OK", "10,7", "ERROR bad coordinates", "15,3"});
+  expectTranscript("RECTSTART 15\nRECTSTART x,5\n", {"ERROR bad RECTSTART parameters", "ERROR bad RECTSTART parameters"});
+}
+
+TEST(Transcript, OccupiedCellsAreRefused) {
+  expectTranscript("START 15\nPLAY 7,7\nPLAY 7,7\nTURN 7,7\nTURN -1,3\nPLAY 3\nEND\n",
+                   {kGreeting, "OK", "7,7", "ERROR my move [7,7]", "7,7", "ERROR opponents's move [7,7]", "6,7",
+                    "ERROR bad coordinates", "ERROR bad coordinates"});
+}
+
+TEST(Transcript, BoardTransfer) {
+  expectTranscript("START 15\nBOARD\n7,7,1\n7,8,2\n3,3,3\ndone\nEND\n", {kGreeting, "OK", "6,7"});
+  expectTranscript("START 15\nBOARD\n7,7,1\n7,7,2\n20,0,1\nRESTART\nEND\n",
+                   {kGreeting, "OK", "ERROR opponents's move [7,7]", "ERROR x,y,who or DONE expected after BOARD",
+                    "6,7", kGreeting, "OK"});
+  expectTranscript("START 15\nBOARD\n7,7,3\nDONE\n", {kGreeting, "OK", "6,7"});
+}
+
+TEST(Transcript, TakeBack) {
+  expectTranscript("START 15\nBOARD\n7,7,1\n7,8,2\n3,3,3\nDONE\nTAKEBACK 6,7\nTAKEBACK 7,7\nTAKEBACK 7,7\n"
+                   "TAKEBACK 3,3\nTAKEBACK 99,0\nTAKEBACK\nBEGIN\nEND\n",
+                   {kGreeting, "OK", "6,7", "OK", "OK", "ERROR bad coordinates", "UNKNOWN", "ERROR bad coordinates",
+                    "ERROR bad coordinates", "7,7"});
+}
+
+TEST(Transcript, LineEndings) {
+  expectTranscript("START 15\r\nTURN 7,7\r\nTAKEBACK 6,7\r\nABOUT\r\nEND\r\n", {kGreeting, "OK", "6,7", "OK", kAbout});
+  // A partial last line is never run; end of input shuts down cleanly.
+  expectTranscript("START 15\nABOUT", {kGreeting, "OK"});
+  expectTranscript("", {});
+}
+
+TEST(Transcript, OverlongLineIsCutAndItsRestDropped) {
+  const std::string longLine = "ABOUT" + std::string(9995, ' ') + "END";
+  expectTranscript(longLine + "\n" + std::string(8191, 'x') + "ABOUT\nABOUT\n", {kAbout, "UNKNOWN command", kAbout});
+}
+
+TEST(Transcript, UnknownInputAndSilentInfo) {
+  expectTranscript("INFO no_such_key 5\nINFO timeout_turn 5000x\nhello\nzvnbest 3\n\nEND\n",
+                   {"UNKNOWN command", "UNKNOWN command", "UNKNOWN command"});
+}
+
+TEST(Transcript, NoUsableCellMeansPass) {
+  expectTranscript("START 1\nBEGIN\nBEGIN\nEND\n", {kGreeting, "OK", "0,0", "MESSAGE pass"});
+}
+
+TEST(Transcript, EndOfInputInsideBoardStillAnswers) {
+  expectTranscript("START 15\nBOARD\n7,7,1\n7,8,2", {kGreeting, "OK", "ERROR x,y,who or DONE expected after BOARD", "6,7"});
+}
+
+}  // namespace
+}  // namespace zorva::testing
