@@ -1,0 +1,241 @@
+#include "search/tt.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+namespace zorva {
+
+TranspositionTable transpositionTable;
+
+namespace {
+
+constexpr size_t kAlignment = 4096;
+constexpr int kStaleAge = 2;  // entries this many stones old are replaced first
+constexpr uint16_t kNoThirdMove = 65535;
+
+uint64_t load(const uint64_t* word) { return std::atomic_ref<uint64_t>(*const_cast<uint64_t*>(word)).load(std::memory_order_relaxed); }
+void save(uint64_t* word, uint64_t value) { std::atomic_ref<uint64_t>(*word).store(value, std::memory_order_relaxed); }
+
+uint64_t checkWord(uint64_t key, const TTEntry& e) {
+  return key ^ (uint64_t(uint32_t(e.upper)) << 36) ^ (uint64_t(uint32_t(e.lower)) << 8) ^
+         (uint64_t(uint16_t(e.depth)) << 2) ^ e.bound;
+}
+
+bool isProven(int32_t value) { return value >= kProvenBound || value < -(kProvenBound - 1); }
+
+// Orders an update's moves: given ones first, then old ones not given.
+void mergeMoves(TTEntry& e, const Move* given, int givenCount) {
+  if (givenCount == 0) return;
+  Move merged[3] = {kNoMove, kNoMove, kNoMove};
+  int count = 0;
+  for (int i = 0; i < givenCount; ++i) merged[count++] = given[i];
+  for (int i = 0; i < e.moveCount && count < 3; ++i)
+    if (std::find(merged, merged + count, e.moves[i]) == merged + count) merged[count++] = e.moves[i];
+  std::copy(merged, merged + 3, e.moves);
+  e.moveCount = uint8_t(count);
+}
+
+// Combines a same-depth bound with the stored ones; a contradiction keeps the new bound only.
+void combineBound(TTEntry& e, int32_t value, Bound bound) {
+  if (bound == kBoundExact) {
+    e.upper = e.lower = value;
+    e.bound = kBoundExact;
+    return;
+  }
+  TTEntry next = e;
+  if (bound == kBoundUpper) next.upper = (e.bound & kBoundUpper) ? std::min(e.upper, value) : value;
+  if (bound == kBoundLower) next.lower = (e.bound & kBoundLower) ? std::max(e.lower, value) : value;
+  next.bound = uint8_t(e.bound | bound);
+  if (next.bound == kBoundExact && next.lower > next.upper) {
+    next.upper = next.lower = value;
+    next.bound = bound;
+  }
+  e.upper = next.upper;
+  e.lower = next.lower;
+  e.bound = next.bound;
+}
+
+}  // namespace
+
+int32_t toStored(int32_t value, int depth) {
+  if (value >= kProvenBound) return value - depth;
+  if (value < -(kProvenBound - 1)) return value + depth;
+  return value;
+}
+
+int32_t fromStored(int32_t value, int depth) {
+  if (value >= kProvenBound) return value + depth;
+  if (value < -(kProvenBound - 1)) return value - depth;
+  return value;
+}
+
+TranspositionTable::~TranspositionTable() { std::free(words_); }
+
+uint64_t TranspositionTable::bucketsFor(int32_t hashSize) {
+  if (hashSize < 1) hashSize = 1;
+  if (hashSize <= kMaxSizeExponent) return uint64_t(1) << hashSize;
+  uint64_t buckets = uint64_t(1) << kMaxSizeExponent;
+  while (buckets > uint64_t(hashSize)) buckets >>= 1;
+  return buckets;
+}
+
+bool TranspositionTable::resize(int32_t hashSize) {
+  if (words_ && hashSize == sizeSetting_) return true;
+  const uint64_t buckets = bucketsFor(hashSize);
+  const size_t bytes = size_t(buckets) * 2 * kBucketEntries * kWordsPerEntry * sizeof(uint64_t);
+  const size_t rounded = (bytes + kAlignment - 1) / kAlignment * kAlignment;  // aligned_alloc wants whole units
+  auto* words = static_cast<uint64_t*>(std::aligned_alloc(kAlignment, rounded));
+  if (!words) return false;
+  std::free(words_);
+  words_ = words;
+  buckets_ = buckets;
+  sizeSetting_ = hashSize;
+  clear();
+  return true;
+}
+
+void TranspositionTable::clear() {
+  if (words_) std::memset(words_, 0, size_t(buckets_) * 2 * kBucketEntries * kWordsPerEntry * sizeof(uint64_t));
+}
+
+void TranspositionTable::ensureRule(int rule) {
+  if (rule == rule_) return;
+  clear();
+  rule_ = rule;
+}
+
+uint64_t* TranspositionTable::entryWords(uint64_t key, int side, int index) const {
+  const uint64_t bucket = (buckets_ - 1) & key;
+  const uint64_t entry = (uint64_t(side - 1) * buckets_ + bucket) * kBucketEntries + uint64_t(index);
+  return words_ + entry * kWordsPerEntry;
+}
+
+bool TranspositionTable::read(const uint64_t* words, uint64_t key, TTEntry* e) {
+  const uint64_t check = load(words), values = load(words + 1), info = load(words + 2), more = load(words + 3);
+  e->upper = int32_t(uint32_t(values));
+  e->lower = int32_t(uint32_t(values >> 32));
+  e->depth = int16_t(uint16_t(info));
+  e->age = uint16_t(info >> 16);
+  e->bound = uint8_t(info >> 32);
+  e->moveCount = uint8_t(info >> 40);
+  e->moves[0] = int16_t(uint16_t(info >> 48));
+  e->moves[1] = int16_t(uint16_t(more));
+  const uint16_t third = uint16_t(more >> 16);
+  e->moves[2] = third == kNoThirdMove ? kNoMove : Move(third);
+  return e->bound != kBoundNone && checkWord(key, *e) == check;
+}
+
+void TranspositionTable::write(uint64_t* words, uint64_t key, const TTEntry& e) {
+  const uint16_t third = e.moves[2] == kNoMove ? kNoThirdMove : uint16_t(e.moves[2]);
+  save(words, checkWord(key, e));
+  save(words + 1, uint64_t(uint32_t(e.upper)) | uint64_t(uint32_t(e.lower)) << 32);
+  save(words + 2, uint64_t(uint16_t(e.depth)) | uint64_t(e.age) << 16 | uint64_t(e.bound) << 32 |
+                      uint64_t(e.moveCount) << 40 | uint64_t(uint16_t(int16_t(e.moves[0]))) << 48);
+  save(words + 3, uint64_t(uint16_t(int16_t(e.moves[1]))) | uint64_t(third) << 16);
+}
+
+void TranspositionTable::writeAge(uint64_t* words, uint16_t age) {
+  const uint64_t info = load(words + 2);
+  save(words + 2, (info & ~(uint64_t(0xFFFF) << 16)) | uint64_t(age) << 16);
+}
+
+bool TranspositionTable::find(uint64_t key, int side, TTEntry* entry) const {
+  if (!words_) return false;
+  for (int i = 0; i < kBucketEntries; ++i)
+    if (read(entryWords(key, side, i), key, entry)) return true;
+  return false;
+}
+
+int32_t TranspositionTable::probe(uint64_t key, int stones, int depth, int32_t alpha, int32_t beta, int side,
+                                  Move* moves, int moveCount, int* movesFound) {
+  if (movesFound) *movesFound = 0;
+  if (!words_) return kNoValue;
+  TTEntry e;
+  uint64_t* words = nullptr;
+  for (int i = 0; i < kBucketEntries && !words; ++i)
+    if (read(entryWords(key, side, i), key, &e)) words = entryWords(key, side, i);
+  if (!words) return kNoValue;
+  writeAge(words, uint16_t(stones));
+
+  const int found = std::min<int>(moveCount, e.moveCount);
+  std::copy(e.moves, e.moves + found, moves);
+  if (movesFound) *movesFound = found;
+
+  const int32_t upper = fromStored(e.upper, depth), lower = fromStored(e.lower, depth);
+  const bool deepEnough = e.depth >= depth;
+  const bool upperUsable = deepEnough || isProven(upper), lowerUsable = deepEnough || isProven(lower);
+  if (e.bound == kBoundExact && upper == lower && upperUsable) return upper;
+  if ((e.bound & kBoundUpper) && upper <= alpha && upperUsable) return upper;
+  if ((e.bound & kBoundLower) && lower >= beta && lowerUsable) return lower;
+  return kNoValue;
+}
+
+void TranspositionTable::store(uint64_t key, int stones, int depth, int32_t value, Bound bound, int side,
+                               Move move1, Move move2, Move move3) {
+  if (!words_) return;
+  const Move given[3] = {move1, move2, move3};
+  const int givenCount = move1 == kNoMove ? 0 : move2 == kNoMove ? 1 : move3 == kNoMove ? 2 : 3;
+  const int32_t stored = toStored(value, depth);
+  TTEntry e;
+  for (int i = 0; i < kBucketEntries; ++i) {
+    uint64_t* words = entryWords(key, side, i);
+    if (read(words, key, &e)) {
+      e.age = uint16_t(stones);
+      if (e.depth > depth) {
+        writeAge(words, e.age);
+        return;
+      }
+      mergeMoves(e, given, givenCount);
+      if (depth > e.depth) {
+        e.upper = e.lower = stored;
+        e.depth = int16_t(depth);
+        e.bound = bound;
+      } else {
+        combineBound(e, stored, bound);
+      }
+      write(words, key, e);
+      return;
+    }
+    if (uint8_t(load(words + 2) >> 32) == kBoundNone) break;
+  }
+
+  // A new entry: the first empty slot, else the last stale one, else the least worth.
+  int victim = -1, leastWorth = 0;
+  for (int i = 0; i < kBucketEntries && victim < 0; ++i)
+    if (uint8_t(load(entryWords(key, side, i) + 2) >> 32) == kBoundNone) victim = i;
+  for (int i = kBucketEntries - 1; i >= 0 && victim < 0; --i) {
+    const uint64_t info = load(entryWords(key, side, i) + 2);
+    const int age = int(uint16_t(info >> 16));
+    if (std::abs(age - stones) >= kStaleAge) victim = i;
+  }
+  if (victim < 0)
+    for (int i = kBucketEntries - 1; i >= 0; --i) {
+      const uint64_t info = load(entryWords(key, side, i) + 2);
+      const int worth = int(int16_t(uint16_t(info))) + (int(uint16_t(info >> 16)) == stones ? 1024 : 0) +
+                        (uint8_t(info >> 32) == kBoundExact ? 512 : 0);
+      if (victim < 0 || worth <= leastWorth) {
+        victim = i;
+        leastWorth = worth;
+      }
+    }
+  e = TTEntry{};
+  e.upper = e.lower = stored;
+  e.depth = int16_t(depth);
+  e.age = uint16_t(stones);
+  e.bound = bound;
+  std::copy(given, given + 3, e.moves);
+  e.moveCount = uint8_t(givenCount);
+  write(entryWords(key, side, victim), key, e);
+}
+
+double TranspositionTable::usage() const {
+  if (!words_) return 0.0;
+  const uint64_t entries = buckets_ * 2 * kBucketEntries;
+  uint64_t used = 0;
+  for (uint64_t i = 0; i < entries; ++i) used += uint8_t(load(words_ + i * kWordsPerEntry + 2) >> 32) != kBoundNone;
+  return double(used) / double(entries);
+}
+
+}  // namespace zorva

@@ -1,0 +1,90 @@
+#pragma once
+// Transposition table: bounds, depth and up to three good moves of positions
+// met in search, one table per side to move, shared by all search threads
+// without a lock. Every entry is four 64-bit words read and written with
+// relaxed atomics; the first word is a check word that folds the value,
+// depth and bound into the key, so an entry torn by two writers fails the
+// key test and reads as absent.
+#include <cstdint>
+
+#include "board/types.h"
+
+namespace zorva {
+
+// Scores shared with the search.
+constexpr int32_t kWin = 10000000;
+constexpr int32_t kProvenBound = 9999032;  // |value| >= this: proven at the root
+constexpr int32_t kNoValue = 20000000;     // probe: nothing usable
+
+enum Bound : uint8_t { kBoundNone = 0, kBoundUpper = 1, kBoundLower = 2, kBoundExact = 3 };
+
+// One entry as the search sees it (the stored form packs it into 32 bytes).
+struct TTEntry {
+  int32_t upper = 0;
+  int32_t lower = 0;
+  int16_t depth = 0;
+  uint16_t age = 0;  // stone count when last written or found
+  uint8_t bound = kBoundNone;
+  uint8_t moveCount = 0;
+  Move moves[3] = {kNoMove, kNoMove, kNoMove};
+};
+
+class TranspositionTable {
+ public:
+  static constexpr int kBucketEntries = 4;
+  static constexpr int kWordsPerEntry = 4;
+  static constexpr int kMaxSizeExponent = 24;
+
+  TranspositionTable() = default;
+  ~TranspositionTable();
+  TranspositionTable(const TranspositionTable&) = delete;
+  TranspositionTable& operator=(const TranspositionTable&) = delete;
+
+  // Buckets per side for a hash_size setting: values up to 24 are powers of
+  // two (2^v), larger ones a bucket count rounded down to a power of two and
+  // capped at 2^24; the default setting 524288 gives 524288 buckets.
+  static uint64_t bucketsFor(int32_t hashSize);
+
+  // Makes the tables for `hashSize` and clears them, unless they already
+  // have that size. Must not run while a search uses the table. Returns
+  // false when the memory could not be had; the old tables then stay.
+  bool resize(int32_t hashSize);
+  void clear();
+  // Clears the tables when they were filled under another rule.
+  void ensureRule(int rule);
+
+  int32_t probe(uint64_t key, int stones, int depth, int32_t alpha, int32_t beta, int side, Move* moves,
+                int moveCount, int* movesFound = nullptr);
+  void store(uint64_t key, int stones, int depth, int32_t value, Bound bound, int side, Move move1 = kNoMove,
+             Move move2 = kNoMove, Move move3 = kNoMove);
+
+  // Fraction of non-empty entries over both tables.
+  double usage() const;
+  uint64_t buckets() const { return buckets_; }
+  int32_t sizeSetting() const { return sizeSetting_; }
+  int rule() const { return rule_; }
+  bool allocated() const { return words_ != nullptr; }
+
+  // Test access to the unpacked entry of `key`, if present.
+  bool find(uint64_t key, int side, TTEntry* entry) const;
+
+ private:
+  uint64_t* entryWords(uint64_t key, int side, int index) const;
+  static bool read(const uint64_t* words, uint64_t key, TTEntry* entry);
+  static void write(uint64_t* words, uint64_t key, const TTEntry& entry);
+  static void writeAge(uint64_t* words, uint16_t age);
+
+  uint64_t* words_ = nullptr;  // two tables: side 1 then side 2
+  uint64_t buckets_ = 0;
+  int32_t sizeSetting_ = -1;
+  int rule_ = -1;
+};
+
+// The one table of the engine.
+extern TranspositionTable transpositionTable;
+
+// Proven values are kept relative to the node that stores them.
+int32_t toStored(int32_t value, int depth);
+int32_t fromStored(int32_t value, int depth);
+
+}  // namespace zorva
