@@ -6,6 +6,7 @@
 
 #include "board/board.h"
 #include "protocol/relaxed.h"
+#include "search/driver.h"
 
 namespace zorva {
 
@@ -63,6 +64,9 @@ struct EngineState {
 
   // Cells the engine must not choose, set by the front end (1 = blocked).
   int32_t blockTable[kCellSlots] = {};
+
+  // The think driver's state between depths and turns.
+  ThinkState think;
 
   // The game position; changed only by the input thread while the think
   // thread is idle.

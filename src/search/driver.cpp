@@ -1,0 +1,191 @@
+#include "search/driver.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+
+#include "protocol/engine_state.h"
+#include "search/think.h"
+#include "search/tt.h"
+
+namespace zorva {
+
+namespace {
+
+constexpr int kBudgetShare = 24;            // a turn takes about 1/24 of the time left
+constexpr int32_t kRenjuBias = 75;          // black's edge under Renju, taken out of the stability test
+constexpr int32_t kUnstableValue = 149;
+constexpr int32_t kRootWindow = 100000000;
+constexpr int32_t kProvenRoot = 9999031;
+constexpr int kEarlyStopDepth = 4;
+constexpr int kStableDepths = 4;
+constexpr int kNodeLimitOff = 1000000000;
+constexpr int32_t kDrawRenjuBias = 125;
+
+bool nodeLimitOn(int32_t maxNode) { return maxNode != -1; }
+
+// True when a budget fits an even share of the time left for the rest of the board.
+bool fitsEvenShare(const Settings& s, int32_t budget, const Board& board) {
+  const int32_t cellsLeft = board.width * board.height - board.stoneCount() + 1;
+  return budget <= s.timeLeft / std::max(cellsLeft, 1);
+}
+
+struct Deepening {
+  int lastDone;
+  int32_t lastValue;
+  bool plentiful;
+};
+
+// The stop rules tested before each depth.
+bool stopBeforeDepth(const Settings& s, const ThinkState& t, const Board& board, int depth, bool plentiful) {
+  const int64_t elapsed = nowMs() - t.turnStart;
+  const bool stopRequested = engine.stopFlag > 0;
+  const bool outOfTime = t.timeBudget <= 4 * elapsed && !plentiful;
+  const bool boardFull = depth + board.stoneCount() > board.width * board.height;
+  if (depth != 1 && (outOfTime || boardFull || stopRequested) && (nodeLimitOn(s.maxNode) || stopRequested))
+    return true;
+  if (nodeLimitOn(s.maxNode) && s.maxNode < kNodeLimitOff && int64_t(s.maxNode) <= (t.nodeCount >> 10) * 4)
+    return true;
+  return depth > s.maxDepth;
+}
+
+void setDepthBudget(const Settings& s, ThinkState& t, Colour side, const Board& board, Deepening& run) {
+  int32_t v = t.rootValue;
+  if (s.rule == 2) v += side == BLACK ? -kRenjuBias : kRenjuBias;
+  t.valueUnstable = std::abs(v) > kUnstableValue;
+  t.timeBudget = depthBudget(s, t.valueUnstable, t.dropFlagA, t.dropFlagB);
+  if (fitsEvenShare(s, t.timeBudget, board)) run.plentiful = true;
+}
+
+// Iterative deepening; returns what the last depth counted as done left.
+Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const Board& board, Colour side,
+                 bool quiet) {
+  Deepening run{s.startDepth - 1, t.rootValue, fitsEvenShare(s, t.timeBudget, board)};
+  for (int depth = s.startDepth; !stopBeforeDepth(s, t, board, depth, run.plentiful); ++depth) {
+    t.currentDepth = depth;
+    t.singleReply = 0;
+    t.previousBestMove = t.bestMove;
+    setDepthBudget(s, t, side, board, run);
+    backend.startDepth();
+    const int32_t value = backend.searchRoot(depth, side);
+    backend.mergeStatistics();
+    const bool report = !quiet && depth > kEarlyStopDepth && s.showDetail;
+    if (engine.searchAborted) {
+      if (value != 0) {
+        t.bestLine = backend.principalVariation();
+        if (report)
+          reportDepth(depth, t.minRemainingDepth, value, nowMs() - t.turnStart, t.nodeCount, t.bestMove,
+                      board.height, true);
+        run = {depth, value, run.plentiful};
+      } else {
+        t.bestMove = t.previousBestMove;
+      }
+      t.aborted = true;
+      return run;
+    }
+    t.bestLine = backend.principalVariation();
+    if (report)
+      reportDepth(depth, t.minRemainingDepth, value, nowMs() - t.turnStart, t.nodeCount, t.bestMove, board.height,
+                  false);
+    run = {depth, value, run.plentiful};
+    if (value > kProvenRoot || value < -kProvenRoot || (t.singleReply && depth > kEarlyStopDepth && s.earlyStop))
+      return run;
+    t.rootValue = value;
+    if (t.bestMove == t.previousBestMove) {
+      ++t.stableCount;
+      const int64_t elapsed = nowMs() - t.turnStart;
+      if (t.stableCount > kStableDepths && !run.plentiful && t.timeBudget < 8 * elapsed && nodeLimitOn(s.maxNode))
+        return run;
+    } else {
+      t.stableCount = 0;
+    }
+    if (fitsEvenShare(s, t.timeBudget, board)) run.plentiful = true;
+  }
+  return run;
+}
+
+void resetCounters(ThinkState& t) {
+  t.stableCount = 0;
+  t.valueUnstable = 0;
+  t.dropFlagA = 0;
+  t.dropFlagB = 0;
+  t.nodeCount = 0;
+  t.minRemainingDepth = 0;
+  t.aborted = false;
+  engine.searchAborted = 0;
+}
+
+void report(const Settings& s, const ThinkState& t, const Board& board) {
+  TurnSummary summary;
+  summary.depth = t.currentDepth;
+  summary.minRemainingDepth = t.minRemainingDepth;
+  summary.elapsedMs = t.elapsedMs;
+  summary.nodes = t.nodeCount;
+  summary.value = t.finalValue;
+  summary.aborted = t.aborted;
+  summary.showDetail = s.showDetail != 0;
+  reportTurn(summary, t.bestLine, board.height);
+  if (s.showDetail) reportBlockedCells(engine.blockTable, board.width, board.height);
+}
+
+}  // namespace
+
+int64_t nowMs() {
+  using namespace std::chrono;
+  return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+int32_t turnBudget(const Settings& s) {
+  return int32_t(std::min<int64_t>(s.timeLeft / kBudgetShare + s.timeIncrement / 2, s.timeoutTurn));
+}
+
+int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB) {
+  const int64_t share = int64_t(unstable + dropB + 1 + dropA) * s.timeLeft / kBudgetShare;
+  return int32_t(std::min<int64_t>(s.timeIncrement / 2 + share, s.timeoutTurn));
+}
+
+Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
+  const Settings& s = engine.settings;
+  ThinkState& t = engine.think;
+  const Colour side = board.sideToMove();
+  t.timeBudget = turnBudget(s);
+  resetCounters(t);
+
+  if (board.stoneCount() == 0) {
+    t.bestMove = emptyBoardMove(board, engine.blockTable);
+    t.elapsedMs = 0;
+  } else if (t.builtRule != -1 && t.finalValue - t.currentDepth >= kWin) {
+    t.bestMove = backend.quickWinMove(side);
+    t.elapsedMs = 0;
+  } else {
+    t.turnStart = nowMs();
+    t.bestMove = kNoMove;
+    backend.prepare();
+    t.rootValue = backend.evaluate(side);
+    const Deepening run = deepen(backend, s, t, board, side, quiet);
+    t.elapsedMs = nowMs() - t.turnStart;
+    t.currentDepth = run.lastDone;
+    t.finalValue = run.lastValue;
+    if (t.finalValue - t.currentDepth >= kWin) t.bestMove = backend.quickWinMove(side);
+    updateDrawAcceptance(t.finalValue, side, t.singleReply, board);
+    // A turn cut short before any depth finished still has to move.
+    if (t.bestMove == kNoMove || board.at(t.bestMove) != EMPTY) t.bestMove = emptyBoardMove(board, engine.blockTable);
+  }
+  if (!quiet) report(s, t, board);
+  return t.bestMove;
+}
+
+void updateDrawAcceptance(int32_t v, Colour side, bool singleReply, const Board& board) {
+  if (engine.settings.rule == 2) v += side == BLACK ? -kDrawRenjuBias : kDrawRenjuBias;
+  const int stones = board.stoneCount(), cells = board.width * board.height;
+  int32_t accept = 0;
+  if (v >= 200)
+    accept = 0;
+  else if (!singleReply && (v <= -100 || (v < -49 && stones >= 20)))
+    accept = 1;
+  else if (!singleReply)
+    accept = (v < 26 && stones >= cells / 4) || (v < 51 && stones >= cells / 3) || (v < 76 && stones >= cells / 2);
+  engine.think.drawAcceptable = accept;
+}
+
+}  // namespace zorva

@@ -1,0 +1,70 @@
+#pragma once
+// The turn driver: iterative deepening over the root search under the time
+// and node limits, the choice of the move, and the end-of-turn report.
+#include <cstdint>
+
+#include "board/board.h"
+#include "protocol/relaxed.h"
+#include "search/report.h"
+
+namespace zorva {
+
+struct Settings;
+
+// What the driver keeps between depths and between turns.
+struct ThinkState {
+  Relaxed<int32_t> timeBudget{10000};  // ms for this turn; the search polls it
+  Relaxed<int64_t> turnStart{0};       // clock at the start of the search
+  int64_t elapsedMs = 0;
+  int32_t currentDepth = 0;
+  Move bestMove = kNoMove;  // written by the root search
+  Move previousBestMove = kNoMove;
+  int32_t stableCount = 0;
+  int32_t rootValue = 0;
+  int32_t finalValue = 0;
+  int32_t singleReply = 0;  // the root search found one move left
+  int32_t valueUnstable = 0;
+  Relaxed<int32_t> dropFlagA{0};  // set by the root search when the value drops
+  Relaxed<int32_t> dropFlagB{0};
+  Relaxed<int64_t> nodeCount{0};
+  int32_t minRemainingDepth = 0;
+  Line bestLine;
+  int32_t builtRule = -1;  // rule the boards were last set up for; -1 for a new position
+  int32_t drawAcceptable = 0;
+  bool aborted = false;  // the last turn's deepening was cut short
+};
+
+// The search as the driver sees it.
+class SearchBackend {
+ public:
+  virtual ~SearchBackend() = default;
+  // Rule and hash set-up, once before the first depth.
+  virtual void prepare() = 0;
+  virtual int32_t evaluate(Colour side) = 0;
+  // Clears the per-depth move-ordering tables of the searchers taking part.
+  virtual void startDepth() = 0;
+  // Searches the root to `depth`: writes bestMove, singleReply and the drop
+  // flags of the think state, counts nodes, may set searchAborted.
+  virtual int32_t searchRoot(int depth, Colour side) = 0;
+  virtual const Line& principalVariation() = 0;
+  // Adds the other searchers' statistics into the think state.
+  virtual void mergeStatistics() = 0;
+  // A move that completes or forces the win for `side`.
+  virtual Move quickWinMove(Colour side) = 0;
+};
+
+int64_t nowMs();
+
+// The first budget of a turn: a 24th of the time left plus half the increment, capped by the turn limit.
+int32_t turnBudget(const Settings& s);
+// The budget while deepening, longer when the value is unstable or dropping.
+int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB);
+
+// Runs a turn on `board` for the side to move and returns the move chosen
+// (kNoMove when no cell is usable); prints the report unless `quiet`.
+Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet = false);
+
+// Sets drawAcceptable from the final value of a turn.
+void updateDrawAcceptance(int32_t value, Colour side, bool singleReply, const Board& board);
+
+}  // namespace zorva
