@@ -162,6 +162,24 @@ int cmdTakeBack(const char* args) {
   return kGoOn;
 }
 
+// Asks the running job to stop; it still answers as usual.
+int cmdStop(const char*) {
+  engine.stopFlag = 1;
+  return kGoOn;
+}
+
+int cmdDraw(const char*) {
+  sendLine(reply::kDraw, engine.think.drawAcceptable ? reply::kDrawAccept : reply::kDrawReject);
+  return kGoOn;
+}
+
+int cmdResign(const char*) {
+  sendLine(reply::kThanks);
+  return kGoOn;
+}
+
+int cmdPass(const char*) { return kGoOn; }
+
 struct Command {
   const char* keyword;
   int (*run)(const char* args);  // null: known keyword whose command is not available
@@ -181,7 +199,7 @@ constexpr Command kCommands[] = {
     {"end", cmdEnd},
     {"board", cmdBoard},
     {"zvboard", nullptr},
-    {"zvstop", nullptr},
+    {"zvstop", cmdStop},
     {"zvblockpathreset", nullptr},
     {"zvblockpathundo", nullptr},
     {"zvblockpath", nullptr},
@@ -214,9 +232,9 @@ constexpr Command kCommands[] = {
     {"zvsoosorvstep4", nullptr},
     {"zvsoosorvstep5", nullptr},
     {"zvsoosorvstep6", nullptr},
-    {"zvdraw", nullptr},
-    {"zvresign", nullptr},
-    {"zvpass", nullptr},
+    {"zvdraw", cmdDraw},
+    {"zvresign", cmdResign},
+    {"zvpass", cmdPass},
     {"zvdbtotxt", nullptr},
     {"zvtxttodb", nullptr},
     {"zvdbcheck", nullptr},

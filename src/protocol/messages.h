@@ -18,6 +18,11 @@ inline constexpr char kPass[] = "MESSAGE pass";
 inline constexpr char kUnknown[] = "UNKNOWN";
 inline constexpr char kUnknownCommand[] = "UNKNOWN command";
 
+inline constexpr char kDraw[] = "MESSAGE DRAW %s";
+inline constexpr char kDrawAccept[] = "ACCEPT";
+inline constexpr char kDrawReject[] = "REJECT";
+inline constexpr char kThanks[] = "MESSAGE Thanks :)";
+
 inline constexpr char kErrorBoardSize[] = "ERROR size of the board";
 inline constexpr char kErrorRectStart[] = "ERROR bad RECTSTART parameters";
 inline constexpr char kErrorCoordinates[] = "ERROR bad coordinates";

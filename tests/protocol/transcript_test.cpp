@@ -88,6 +88,11 @@ TEST(Transcript, UnknownInputAndSilentInfo) {
                    {"UNKNOWN command", "UNKNOWN command", "UNKNOWN command"});
 }
 
+TEST(Transcript, DrawResignPassStop) {
+  expectTranscript("zvdraw\nzvresign\nzvpass\nzvstop\nZVDRAWX\nEND\n",
+                   {"MESSAGE DRAW REJECT", "MESSAGE Thanks :)", "MESSAGE DRAW REJECT"});
+}
+
 TEST(Transcript, NoUsableCellMeansPass) {
   expectTranscript("START 1\nBEGIN\nBEGIN\nEND\n", {kGreeting, "OK", "0,0", "MESSAGE pass"});
 }
