@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdint>
 
+#include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
 #include "protocol/game.h"
 #include "protocol/line_reader.h"
@@ -119,7 +120,10 @@ int cmdAbout(const char*) {
   return kGoOn;
 }
 
-int cmdEnd(const char*) { return kEnd; }
+int cmdEnd(const char*) {
+  closeDatabaseAtEnd();
+  return kEnd;
+}
 
 // Reads "x,y,who" lines until one is not a valid entry; that line must be DONE.
 void readBoardBody() {
@@ -221,8 +225,8 @@ constexpr Command kCommands[] = {
     {"zvbalanceone", nullptr},
     {"zvnbest", nullptr},
     {"zvsearchdefend", nullptr},
-    {"zvsavedatabase", nullptr},
-    {"zvloaddatabase", nullptr},
+    {"zvsavedatabase", cmdIgnored},
+    {"zvloaddatabase", cmdIgnored},
     {"zvswap2step1", nullptr},
     {"zvswap2step2", nullptr},
     {"zvswap2step3", nullptr},
@@ -235,17 +239,17 @@ constexpr Command kCommands[] = {
     {"zvdraw", cmdDraw},
     {"zvresign", cmdResign},
     {"zvpass", cmdPass},
-    {"zvdbtotxt", nullptr},
-    {"zvtxttodb", nullptr},
-    {"zvdbcheck", nullptr},
-    {"zvsetdatabase", nullptr},
-    {"zvedittvddatabase", nullptr},
-    {"zveditrawmsgdatabase", nullptr},
-    {"zvdeletedatabaseone", nullptr},
-    {"zvdeletedatabaseall", nullptr},
-    {"zvdeletedatabaseiso", nullptr},
-    {"zvquerydatabaseone", nullptr},
-    {"zvquerydatabaseall", nullptr},
+    {"zvdbtotxt", cmdDbToTxt},
+    {"zvtxttodb", cmdTxtToDb},
+    {"zvdbcheck", cmdDbCheck},
+    {"zvsetdatabase", cmdSetDatabase},
+    {"zvedittvddatabase", cmdEditTvdDatabase},
+    {"zveditrawmsgdatabase", cmdEditRawMsgDatabase},
+    {"zvdeletedatabaseone", cmdDeleteDatabaseOne},
+    {"zvdeletedatabaseall", cmdDeleteDatabaseAll},
+    {"zvdeletedatabaseiso", cmdIgnored},
+    {"zvquerydatabaseone", cmdQueryDatabaseOne},
+    {"zvquerydatabaseall", cmdQueryDatabaseAll},
 };
 
 }  // namespace

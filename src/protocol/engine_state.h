@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "database/database.h"
 #include "protocol/relaxed.h"
 #include "search/driver.h"
 
@@ -71,6 +72,9 @@ struct EngineState {
   // The game position; changed only by the input thread while the think
   // thread is idle.
   Board board;
+
+  // The opening database; its own lock guards it.
+  db::Database database;
 
   char inputLine[kLineBuffer] = {};
 };

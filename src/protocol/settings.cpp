@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "protocol/commands.h"
+#include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
 #include "protocol/scan.h"
 
@@ -52,6 +53,7 @@ void applyNumber(Field field, int32_t value) {
   if (field == &Settings::hashSize && value < 1) value = 1;
   s.*field = value;
   if (field == &Settings::pondering && value == 0) engine.ponderActive = 0;
+  if (field == &Settings::useDatabase) applyUseDatabase(value);
 }
 
 void copyFolder(const char* text) {

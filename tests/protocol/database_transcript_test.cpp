@@ -1,0 +1,55 @@
+// The database commands through the real engine: edits survive END and a
+// new process, and the queries answer "not found" while the database is off.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+
+#include "protocol/engine_process.h"
+
+namespace zorva::testing {
+namespace {
+
+const std::string kGreeting = "MESSAGE Deep Zorva 0.1.0 :-)";
+
+TEST(Transcript, DatabaseEditsPersistAcrossRuns) {
+  const std::string path = "/tmp/zorva-e2e-db-" + std::to_string(getpid()) + ".db";
+  std::remove(path.c_str());
+  const std::string useFile = "zvsetdatabase\n" + path + "\n";
+  const EngineRun first = runEngine("START 15\n" + useFile +
+                                    "zvquerydatabaseone\n7,7\nDONE\n"
+                                    "INFO usedatabase 1\n"
+                                    "zvedittvddatabase 2 0 35 0\n7,7\nDONE\n"
+                                    "zveditrawmsgdatabase hello world\n7,7\nDONE\n"
+                                    "zvquerydatabaseone\n7,7\nDONE\n"
+                                    "zvedittvddatabase 7 108 -20 9\n7,7\n8,8\nDONE\n"
+                                    "END\n");
+  EXPECT_EQ(first.exitCode, 0);
+  EXPECT_EQ(first.lines, (std::vector<std::string>{kGreeting, "OK", "MESSAGE DATABASE ONE -1 0 0",
+                                                   "MESSAGE DATABASE ONE -1 35 0",
+                                                   "MESSAGE DATABASE ONE -1 35 0 hello world",
+                                                   "MESSAGE DATABASE ONE -1 35 0 hello world",
+                                                   "MESSAGE DATABASE ONE 108 -20 9"}));
+
+  // The mirror image of a stored position finds it; replies list in row order.
+  const EngineRun second = runEngine("START 15\n" + useFile +
+                                     "INFO usedatabase 1\n"
+                                     "zvquerydatabaseone\n7,7\n6,6\nDONE\n"
+                                     "zvquerydatabaseall\n7,7\nDONE\n"
+                                     "INFO usedatabase 0\n"
+                                     "zvquerydatabaseall\nDONE\n"
+                                     "END\n");
+  EXPECT_EQ(second.exitCode, 0);
+  EXPECT_EQ(second.lines,
+            (std::vector<std::string>{kGreeting, "OK", "MESSAGE DATABASE ONE 108 -20 9 ", "MESSAGE DATABASE REFRESH",
+                                      "MESSAGE DATABASE 6 6 108 -20 9", "MESSAGE DATABASE 6 8 108 -20 9",
+                                      "MESSAGE DATABASE 8 6 108 -20 9", "MESSAGE DATABASE 8 8 108 -20 9",
+                                      "MESSAGE DATABASE DONE", "MESSAGE DATABASE REFRESH", "MESSAGE DATABASE DONE"}));
+  std::remove(path.c_str());
+  std::remove((path + ".bak").c_str());
+}
+
+}  // namespace
+}  // namespace zorva::testing
