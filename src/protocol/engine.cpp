@@ -3,17 +3,26 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "board/zobrist.h"
+#include "config/script.h"
 #include "protocol/commands.h"
 #include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
+#include "protocol/output.h"
 #include "protocol/think_thread.h"
 
 namespace zorva {
 
 namespace {
+
+constexpr char kConfigFile[] = "config.c";
+constexpr int kConfigExitStatus = 1;
 
 std::string programFolder;
 
@@ -27,11 +36,45 @@ std::string findProgramFolder(const char* argv0) {
   return cut == std::string::npos ? std::string() : p.substr(0, cut + 1);
 }
 
+// Runs "config.c" from the program folder on the settings it may change. A
+// missing file leaves the defaults; an error ends the program before any
+// setting has changed.
+void runConfiguration() {
+  std::ifstream file(programFolder + kConfigFile, std::ios::binary);
+  if (!file) return;
+  std::stringstream text;
+  text << file.rdbuf();
+
+  Settings& s = engine.settings;
+  Relaxed<int32_t>* const bound[] = {&s.cautionFactor, &s.hashSize,  &s.rule,          &s.showDetail,
+                                     &s.maxDepth,      &s.maxNode,   &s.boardSize,     &s.benchmark,
+                                     &s.learning,      &s.threadNum, &s.threadSplitDepth, &s.threeDef,
+                                     &s.pondering,     &s.useDatabase};
+  const char* const names[] = {"info_caution_factor", "info_hash_size",  "info_rule",      "info_show_detail",
+                               "info_max_depth",      "info_max_node",   "board_size",     "info_benchmark",
+                               "info_learning",       "info_thread_num", "info_thread_split_depth",
+                               "info_three_def",      "info_pondering",  "info_usedatabase"};
+  constexpr int kBound = int(std::size(bound));
+  int32_t values[kBound];
+  config::Binding bindings[kBound];
+  for (int i = 0; i < kBound; ++i) {
+    values[i] = *bound[i];
+    bindings[i] = {names[i], &values[i]};
+  }
+  const config::ScriptResult result = config::runScript(text.str(), bindings);
+  if (!result.ok) {
+    sendLine("ERROR (config) %s", result.error.c_str());
+    std::exit(kConfigExitStatus);
+  }
+  for (int i = 0; i < kBound; ++i) *bound[i] = values[i];
+}
+
 }  // namespace
 
 void initEngine(const char* programPath) {
   programFolder = findProgramFolder(programPath);
   initZobrist();
+  runConfiguration();
   engine.maxSide = engine.settings.boardSize;
   engine.benchmarkMode = engine.settings.benchmark;
   openDatabaseAtStart(programFolder.c_str());
