@@ -11,6 +11,7 @@
 
 #include "board/zobrist.h"
 #include "config/script.h"
+#include "protocol/benchmark.h"
 #include "protocol/commands.h"
 #include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
@@ -81,6 +82,10 @@ void initEngine(const char* programPath) {
 }
 
 int runEngine() {
+  if (engine.benchmarkMode) {
+    runStartupBenchmark();
+    return 0;
+  }
   startThinkThread();
   while (readInputLine())
     if (handleCommand()) break;

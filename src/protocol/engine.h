@@ -7,7 +7,8 @@ namespace zorva {
 void initEngine(const char* programPath);
 
 // Reads and runs commands until END or end of input, then shuts the think
-// thread down. Returns the process exit status.
+// thread down; or, when the configuration asks for it, runs the start-up
+// benchmark instead. Returns the process exit status.
 int runEngine();
 
 }  // namespace zorva

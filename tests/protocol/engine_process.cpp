@@ -45,7 +45,7 @@ std::vector<std::string> splitLines(const std::string& text) {
   return lines;
 }
 
-EngineRun runEngine(const std::string& input, int timeoutSeconds) {
+EngineRun runEngine(const std::string& input, int timeoutSeconds, const std::string& binary) {
   const std::string inPath = tempPath("in"), outPath = tempPath("out");
   std::ofstream(inPath, std::ios::binary) << input;
   EngineRun run;
@@ -55,7 +55,7 @@ EngineRun runEngine(const std::string& input, int timeoutSeconds) {
     const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     dup2(in, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
-    execl(ZORVA_BINARY, ZORVA_BINARY, static_cast<char*>(nullptr));
+    execl(binary.c_str(), binary.c_str(), static_cast<char*>(nullptr));
     _exit(127);
   }
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);

@@ -12,7 +12,8 @@ struct EngineRun {
   bool timedOut = false;
 };
 
-EngineRun runEngine(const std::string& input, int timeoutSeconds = 60);
+// Runs `binary` (the engine under test unless given) on `input`.
+EngineRun runEngine(const std::string& input, int timeoutSeconds = 60, const std::string& binary = ZORVA_BINARY);
 
 // Splits text into lines, keeping an unterminated last line.
 std::vector<std::string> splitLines(const std::string& text);

@@ -1,0 +1,62 @@
+// "config.c" beside the program: a copy of the engine in a folder of its own
+// runs with a script there.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "protocol/engine_process.h"
+
+namespace zorva::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class ConfigTranscript : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    folder = fs::temp_directory_path() / ("zorva-config-" + std::to_string(getpid()) + "-" +
+                                          ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::create_directories(folder);
+    fs::copy_file(ZORVA_BINARY, folder / "zorva", fs::copy_options::overwrite_existing);
+  }
+  void TearDown() override { fs::remove_all(folder); }
+  EngineRun run(const std::string& script, const std::string& input) {
+    std::ofstream(folder / "config.c") << script;
+    return runEngine(input, 120, (folder / "zorva").string());
+  }
+  fs::path folder;
+};
+
+TEST_F(ConfigTranscript, AnErrorEndsTheProgramWithOneLine) {
+  const EngineRun r = run("info_hash_size = 3;\nint x = 5 $;\n", "ABOUT\n");
+  EXPECT_EQ(r.exitCode, 1);
+  EXPECT_EQ(r.lines, (std::vector<std::string>{"ERROR (config) Unexpected symbol $"}));
+  const EngineRun loop = run("while (1) {}\n", "ABOUT\n");
+  EXPECT_EQ(loop.exitCode, 1);
+  ASSERT_EQ(loop.lines.size(), 1u);
+  EXPECT_EQ(loop.lines[0].rfind("ERROR (config) ", 0), 0u);
+}
+
+TEST_F(ConfigTranscript, SettingsTakeEffect) {
+  // The script turns the database on: it is loaded at start and written at END.
+  const EngineRun r = run("int on = 1;\ninfo_usedatabase = on;\n",
+                          "START 15\nzvedittvddatabase 2 0 7 0\n7,7\nDONE\nEND\n");
+  EXPECT_EQ(r.exitCode, 0);
+  EXPECT_EQ(r.lines.back(), "MESSAGE DATABASE ONE -1 7 0");
+  EXPECT_TRUE(fs::exists(folder / "zorva.db"));
+}
+
+TEST_F(ConfigTranscript, BenchmarkRunsWithoutInput) {
+  const EngineRun r = run("info_benchmark = 1;\ninfo_max_depth = 2;\n", "");
+  EXPECT_EQ(r.exitCode, 0);
+  int moves = 0;
+  for (const std::string& line : r.lines) moves += line.find(',') != std::string::npos && line[0] != 'M';
+  EXPECT_EQ(moves, 18) << "three openings on two sizes under three rules";
+}
+
+}  // namespace
+}  // namespace zorva::testing
