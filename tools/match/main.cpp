@@ -1,0 +1,65 @@
+// zorva_match: plays and referees games between two engine commands.
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <mutex>
+
+#include "match/match.h"
+#include "match/options.h"
+#include "match/report.h"
+
+using namespace zorva::referee;
+
+int main(int argc, char** argv) {
+  Options options;
+  std::string error = parseOptions(argc, argv, options);
+  if (options.help) {
+    std::cout << usage();
+    return 0;
+  }
+  if (!error.empty()) {
+    std::cerr << "zorva_match: " << error << "\n";
+    return 2;
+  }
+  MatchConfig& config = options.config;
+
+  std::vector<Opening> openings;
+  if (!options.openings.empty() && !loadOpenings(options.openings, config.width, config.height, openings, error)) {
+    std::cerr << "zorva_match: " << error << "\n";
+    return 2;
+  }
+  std::ofstream gamesOut;
+  if (!options.gamesOut.empty()) {
+    gamesOut.open(options.gamesOut);
+    if (!gamesOut) {
+      std::cerr << "zorva_match: cannot write " << options.gamesOut << "\n";
+      return 2;
+    }
+  }
+
+  std::mutex traceLock;
+  if (options.verbose) {
+    config.trace = [&](const std::string& line) {
+      std::lock_guard<std::mutex> lock(traceLock);
+      std::cerr << line << "\n";
+    };
+  }
+
+  const uint64_t* seed = options.seed ? &*options.seed : nullptr;
+  auto plan = planGames(options.games, int(openings.size()), seed);
+  const char* ruleNames[] = {"freestyle", "exactly five", "Renju"};
+  std::cout << "engine1 (" << config.name[0] << "): " << config.command[0] << "\n"
+            << "engine2 (" << config.name[1] << "): " << config.command[1] << "\n"
+            << options.games << " games, rule " << int(config.rule) << " (" << ruleNames[int(config.rule)]
+            << "), board " << config.width << "x" << config.height << ", turn " << config.turnMs << " ms, match "
+            << (config.matchMs ? std::to_string(config.matchMs) + " ms" : std::string("unlimited"))
+            << ", increment " << config.incrementMs << " ms, tolerance " << config.toleranceMs << " ms\n"
+            << std::flush;
+  auto results = runMatch(config, openings, plan, options.concurrency, [&](const GameResult& r) {
+    std::string line = formatGame(config, r);
+    std::cout << line << std::endl;
+    if (gamesOut) gamesOut << line << "\n" << std::flush;
+  });
+  std::cout << formatSummary(config, tally(results)) << std::flush;
+  return 0;
+}

@@ -1,0 +1,375 @@
+#include "match/match.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cctype>
+#include <mutex>
+#include <random>
+#include <thread>
+
+#include "match/engine_process.h"
+
+namespace zorva::referee {
+
+const char* reasonName(Reason r) {
+  switch (r) {
+    case Reason::Five: return "five in a row";
+    case Reason::BoardFull: return "board full";
+    case Reason::OffBoard: return "move off the board";
+    case Reason::Occupied: return "move on an occupied cell";
+    case Reason::Garbage: return "unreadable answer";
+    case Reason::Forbidden: return "forbidden move";
+    case Reason::TurnTime: return "turn time exceeded";
+    case Reason::MatchTime: return "match time exceeded";
+    case Reason::Crash: return "engine crashed";
+    case Reason::NoStart: return "engine failed to start";
+  }
+  return "?";
+}
+
+namespace {
+
+using std::chrono::milliseconds;
+
+bool startsWithNoCase(const std::string& s, const char* prefix) {
+  for (size_t i = 0; prefix[i]; ++i)
+    if (i >= s.size() || std::toupper(static_cast<unsigned char>(s[i])) != prefix[i]) return false;
+  return true;
+}
+
+// Lines an engine may print at any time that are never an answer.
+bool informational(const std::string& line) {
+  if (line.find_first_not_of(" \t") == std::string::npos) return true;
+  for (const char* p : {"MESSAGE", "DEBUG", "ERROR", "UNKNOWN"})
+    if (startsWithNoCase(line, p)) return true;
+  return false;
+}
+
+// "x,y" with optional blanks around the numbers and nothing else.
+bool parseMove(const std::string& line, int& x, int& y) {
+  size_t i = 0;
+  auto blanks = [&] {
+    while (i < line.size() && (line[i] == ' ' || line[i] == '\t')) ++i;
+  };
+  auto number = [&](int& v) {
+    blanks();
+    bool negative = i < line.size() && line[i] == '-';
+    if (negative) ++i;
+    size_t first = i;
+    long long n = 0;
+    while (i < line.size() && std::isdigit(static_cast<unsigned char>(line[i])) && i - first < 9)
+      n = n * 10 + (line[i++] - '0');
+    if (i == first) return false;
+    v = int(negative ? -n : n);
+    blanks();
+    return true;
+  };
+  if (!number(x) || i >= line.size() || line[i] != ',') return false;
+  ++i;
+  return number(y) && i == line.size();
+}
+
+int elapsedMs(Clock::time_point since) {
+  return int(std::chrono::duration_cast<milliseconds>(Clock::now() - since).count());
+}
+
+class Game {
+ public:
+  Game(const MatchConfig& config, const Opening& opening, int black, int index)
+      : cfg_(config), board_(config.width, config.height) {
+    result_.index = index;
+    result_.black = black;
+    result_.opening = opening;
+    for (const Cell& c : opening.stones) board_.set(c.x, c.y, board_.toMove());
+    for (int e = 0; e < 2; ++e) clock_[e] = cfg_.matchMs;
+  }
+
+  GameResult play() {
+    if (startEngines()) {
+      while (!over_) move();
+    }
+    stopEngines();
+    return result_;
+  }
+
+ private:
+  void trace(int e, const char* dir, const std::string& line) {
+    if (cfg_.trace)
+      cfg_.trace("game " + std::to_string(result_.index + 1) + " " + cfg_.name[e] + " " + dir + " " + line);
+  }
+
+  bool send(int e, const std::string& line) {
+    trace(e, "<", line);
+    return engine_[e].send(line);
+  }
+
+  void decide(int winner, Reason reason, std::string detail) {
+    result_.winner = winner;
+    result_.reason = reason;
+    result_.detail = std::move(detail);
+    over_ = true;
+  }
+
+  void lose(int e, Reason reason, std::string detail) { decide(1 - e, reason, std::move(detail)); }
+
+  // The engine's output ended: it exited, or closed its output and is killed.
+  void crashed(int e) {
+    std::string how = engine_[e].finish(Clock::now() + milliseconds(500));
+    lose(e, Reason::Crash, cfg_.name[e] + " ended (" + how + ")");
+  }
+
+  // Both engines are started and greeted at once so that slow start-ups
+  // overlap; an engine that cannot even start loses, and so does one that
+  // gives no OK, unless both fail.
+  bool startEngines() {
+    std::string failure[2];
+    for (int e = 0; e < 2; ++e) {
+      std::string error;
+      if (!engine_[e].start(cfg_.command[e], cfg_.keepStderr, error)) {
+        failure[e] = error;
+        continue;
+      }
+      std::string start = cfg_.rectangular
+                              ? "RECTSTART " + std::to_string(cfg_.width) + "," + std::to_string(cfg_.height)
+                              : "START " + std::to_string(cfg_.width);
+      if (!send(e, start)) failure[e] = "does not read its input";
+    }
+    auto deadline = Clock::now() + milliseconds(cfg_.startMs);
+    for (int e = 0; e < 2; ++e) {
+      while (failure[e].empty()) {
+        std::string line;
+        auto got = engine_[e].readLine(line, deadline);
+        if (got == EngineProcess::Read::Timeout) {
+          failure[e] = "no OK within " + std::to_string(cfg_.startMs) + " ms of START";
+          unresponsive_[e] = true;
+        } else if (got == EngineProcess::Read::Closed) {
+          failure[e] = "ended before OK (" + engine_[e].finish(Clock::now() + milliseconds(500)) + ")";
+        } else {
+          trace(e, ">", line);
+          if (startsWithNoCase(line, "OK")) break;
+          if (startsWithNoCase(line, "ERROR")) failure[e] = "refused START: " + line;
+        }
+      }
+    }
+    if (!failure[0].empty() && !failure[1].empty()) {
+      decide(-1, Reason::NoStart, cfg_.name[0] + " " + failure[0] + "; " + cfg_.name[1] + " " + failure[1]);
+      return false;
+    }
+    for (int e = 0; e < 2; ++e) {
+      if (!failure[e].empty()) {
+        lose(e, Reason::NoStart, cfg_.name[e] + " " + failure[e]);
+        return false;
+      }
+    }
+    for (int e = 0; e < 2; ++e) {
+      std::vector<std::string> info = {"INFO timeout_turn " + std::to_string(cfg_.turnMs)};
+      if (cfg_.matchMs > 0) {
+        info.push_back("INFO timeout_match " + std::to_string(cfg_.matchMs));
+        info.push_back("INFO time_increment " + std::to_string(cfg_.incrementMs));
+      }
+      info.push_back("INFO rule " + std::to_string(int(cfg_.rule)));
+      for (const std::string& kv : cfg_.extraInfo) info.push_back("INFO " + kv);
+      for (const std::string& line : info) {
+        if (!send(e, line)) {
+          crashed(e);
+          return false;
+        }
+      }
+    }
+    return true;
+  }
+
+  // Lines that arrived while the engine was not asked anything; reading them
+  // now keeps a stray line from being taken as the answer to the next turn.
+  void drain(int e) {
+    std::string line;
+    while (engine_[e].readLine(line, Clock::now()) == EngineProcess::Read::Line) trace(e, "> (ignored)", line);
+  }
+
+  // The commands that ask engine e for a move: the whole position with BOARD
+  // (or BEGIN on an empty board) the first time, then the opponent's last move.
+  std::vector<std::string> request(int e) {
+    if (primed_[e]) {
+      const Cell& last = result_.moves.back();
+      return {"TURN " + std::to_string(last.x) + "," + std::to_string(last.y)};
+    }
+    primed_[e] = true;
+    if (board_.stones() == 0) return {"BEGIN"};
+    std::vector<std::string> lines = {"BOARD"};
+    Stone own = board_.toMove();
+    int n = 0;
+    auto add = [&](const Cell& c) {
+      Stone s = n++ % 2 == 0 ? kBlack : kWhite;
+      lines.push_back(std::to_string(c.x) + "," + std::to_string(c.y) + "," + (s == own ? "1" : "2"));
+    };
+    for (const Cell& c : result_.opening.stones) add(c);
+    for (const Cell& c : result_.moves) add(c);
+    lines.push_back("DONE");
+    return lines;
+  }
+
+  void move() {
+    if (board_.full()) {
+      decide(-1, Reason::BoardFull, "");
+      return;
+    }
+    Stone side = board_.toMove();
+    int e = side == kBlack ? result_.black : 1 - result_.black;
+    std::string answer;
+    if (ask(e, answer)) referee(e, side, answer);
+  }
+
+  // Sends engine e its request and waits for the answer, charging the time
+  // to its clocks. False when the game ended on the way.
+  bool ask(int e, std::string& answer) {
+    bool clock = cfg_.matchMs > 0;
+    drain(e);
+    std::vector<std::string> lines;
+    if (clock) lines.push_back("INFO time_left " + std::to_string(std::max(clock_[e], 0)));
+    for (std::string& line : request(e)) lines.push_back(std::move(line));
+    for (const std::string& line : lines) {
+      if (!send(e, line)) {
+        crashed(e);
+        return false;
+      }
+    }
+
+    // The move is due by the turn limit or by what is left on the match
+    // clock, whichever comes first.
+    auto asked = Clock::now();
+    bool clockBound = clock && clock_[e] < cfg_.turnMs;
+    int limit = clockBound ? std::max(clock_[e], 0) : cfg_.turnMs;
+    auto deadline = asked + milliseconds(limit + cfg_.toleranceMs);
+    for (;;) {
+      auto got = engine_[e].readLine(answer, deadline);
+      if (got == EngineProcess::Read::Timeout) {
+        result_.maxLatencyMs[e] = std::max(result_.maxLatencyMs[e], elapsedMs(asked));
+        unresponsive_[e] = true;
+        lose(e, clockBound ? Reason::MatchTime : Reason::TurnTime,
+             cfg_.name[e] + " gave no move within " + std::to_string(limit) + " ms");
+        return false;
+      }
+      if (got == EngineProcess::Read::Closed) {
+        crashed(e);
+        return false;
+      }
+      trace(e, ">", answer);
+      if (!informational(answer)) break;
+    }
+
+    int spent = elapsedMs(asked);
+    result_.maxLatencyMs[e] = std::max(result_.maxLatencyMs[e], spent);
+    if (spent > cfg_.turnMs + cfg_.toleranceMs) {
+      lose(e, Reason::TurnTime, cfg_.name[e] + " took " + std::to_string(spent) + " ms");
+      return false;
+    }
+    if (clock) {
+      clock_[e] -= spent;
+      if (clock_[e] < -cfg_.toleranceMs) {
+        lose(e, Reason::MatchTime, cfg_.name[e] + " overran its match clock by " + std::to_string(-clock_[e]) + " ms");
+        return false;
+      }
+      clock_[e] += cfg_.incrementMs;
+    }
+    return true;
+  }
+
+  void referee(int e, Stone side, const std::string& answer) {
+    int x, y;
+    if (!parseMove(answer, x, y)) {
+      lose(e, Reason::Garbage, cfg_.name[e] + " answered \"" + answer.substr(0, 80) + "\"");
+      return;
+    }
+    std::string played = cfg_.name[e] + " played " + std::to_string(x) + "," + std::to_string(y);
+    if (!board_.inside(x, y)) {
+      lose(e, Reason::OffBoard, played);
+      return;
+    }
+    if (board_.at(x, y) != kEmpty) {
+      lose(e, Reason::Occupied, played + " (" + cellName({x, y}) + ")");
+      return;
+    }
+    ++result_.movesPlayed[e];
+    result_.moves.push_back({x, y});
+    // A five decides before the forbidden test: under Renju black's exact
+    // five wins even where it also makes a double or an overline.
+    if (makesFive(board_, x, y, side, cfg_.rule)) {
+      board_.set(x, y, side);
+      decide(e, Reason::Five, cfg_.name[e] + " made five with " + cellName({x, y}));
+      return;
+    }
+    if (cfg_.rule == Rule::Renju && side == kBlack) {
+      Forbidden why = forbiddenKind(board_, x, y);
+      if (why != Forbidden::None) {
+        lose(e, Reason::Forbidden, cfg_.name[e] + " played " + cellName({x, y}) + ", a " + forbiddenName(why));
+        return;
+      }
+    }
+    board_.set(x, y, side);
+  }
+
+  // END to both, a grace period to exit, then the kill; an engine that has
+  // already let a deadline pass gets no grace.
+  void stopEngines() {
+    for (int e = 0; e < 2; ++e)
+      if (engine_[e].running() && !unresponsive_[e]) send(e, "END");
+    auto deadline = Clock::now() + milliseconds(cfg_.endMs);
+    for (int e = 0; e < 2; ++e)
+      if (engine_[e].running()) engine_[e].finish(unresponsive_[e] ? Clock::now() : deadline);
+  }
+
+  const MatchConfig& cfg_;
+  Board board_;
+  GameResult result_;
+  EngineProcess engine_[2];
+  bool primed_[2] = {false, false};
+  bool unresponsive_[2] = {false, false};
+  int clock_[2];
+  bool over_ = false;
+};
+
+}  // namespace
+
+GameResult playGame(const MatchConfig& config, const Opening& opening, int black, int index) {
+  return Game(config, opening, black, index).play();
+}
+
+std::vector<GamePlan> planGames(int games, int openings, const uint64_t* seed) {
+  std::vector<int> order(size_t(std::max(openings, 1)));
+  for (size_t i = 0; i < order.size(); ++i) order[i] = int(i);
+  if (seed) {
+    // Fisher-Yates on a generator whose output the standard fixes, so that a
+    // seed means the same order on every platform.
+    std::mt19937_64 rng(*seed);
+    for (size_t i = order.size(); i > 1; --i) std::swap(order[i - 1], order[rng() % i]);
+  }
+  std::vector<GamePlan> plan;
+  for (int g = 0; g < games; ++g) plan.push_back({order[size_t(g / 2) % order.size()], g % 2});
+  return plan;
+}
+
+std::vector<GameResult> runMatch(const MatchConfig& config, const std::vector<Opening>& openings,
+                                 const std::vector<GamePlan>& plan, int concurrency,
+                                 const std::function<void(const GameResult&)>& onGame) {
+  std::vector<GameResult> results(plan.size());
+  std::atomic<size_t> next{0};
+  std::mutex reportLock;
+  const Opening empty;
+  auto worker = [&] {
+    for (size_t g; (g = next++) < plan.size();) {
+      const Opening& o = openings.empty() ? empty : openings[size_t(plan[g].opening)];
+      GameResult r = playGame(config, o, plan[g].black, int(g));
+      std::lock_guard<std::mutex> lock(reportLock);
+      results[g] = r;
+      if (onGame) onGame(results[g]);
+    }
+  };
+  int threads = std::clamp(concurrency, 1, std::max(1, int(plan.size())));
+  std::vector<std::thread> pool;
+  for (int t = 1; t < threads; ++t) pool.emplace_back(worker);
+  worker();
+  for (std::thread& t : pool) t.join();
+  return results;
+}
+
+}  // namespace zorva::referee
