@@ -4,6 +4,8 @@
 // so a board can be copied with one assignment and nothing is allocated.
 #include <cstdint>
 
+#include "board/patterns.h"
+#include "board/threats.h"
 #include "board/types.h"
 
 namespace zorva {
@@ -26,6 +28,23 @@ static_assert(sizeof(CellInfo) == 24);
 
 enum class TakeBackResult { Done = 0, NotAStone = 1, BadCell = 2 };
 
+// Depth of the pattern update. Light changes codes and threat sets only, for
+// stones taken back before anything is evaluated (forbidden-point tests,
+// threat searches); Full also keeps the cell values and running totals.
+enum class Update { Light, Full };
+
+// Where a cell lies on its line in each direction, and the positions of that
+// line whose spans contain it (pos - 5 .. pos + 5 clipped to the line).
+struct LineSpan {
+  uint8_t index, pos, first, last;
+};
+// Shared read-only geometry of one board size.
+struct LineGeometry {
+  LineSpan span[kCellSlots][kDirections];
+  Move start[kDirections][kLineWords];  // the cell at position 0 of each line
+};
+const LineGeometry& lineGeometry(int size);
+
 struct Board {
   // `size` is the storage square in use; the playable rectangle is width x
   // height inside it. Cells of the square outside the rectangle are walls.
@@ -46,6 +65,16 @@ struct Board {
   uint64_t wallMask[2][kDirections][kLineWords];
   int markedCount;
 
+  // Per colour (0 black, 1 white) and ThreatClass.
+  ThreatSet threats[2][kThreatClasses];
+
+  // Makes the three test of isForbidden pass over open-four points that are
+  // also black five points; off unless the engine turns it on.
+  bool threeTestSkipsFivePoints = false;
+
+  const uint8_t* patterns;  // the pattern table of `rule`
+  const LineGeometry* geometry;  // of `size`
+
   uint64_t hash;
   Move moves[kMaxStones];
   int moveCount;
@@ -55,8 +84,11 @@ struct Board {
   void reset(int newWidth, int newHeight, int newRule);
 
   // Callers pass only empty cells inside the rectangle to placeStone and only
-  // occupied cells, last placed first, to removeStone.
+  // occupied cells, last placed first, to removeStone. Walls (blocked cells)
+  // always refresh the values of the cells whose room they change.
+  template <Update U = Update::Full>
   void placeStone(Move m, Colour colour);
+  template <Update U = Update::Full>
   void removeStone(Move m);
 
   void markCell(Move m, Colour colour);
@@ -67,11 +99,18 @@ struct Board {
   // replaying the position without it.
   TakeBackResult takeBack(int row, int col);
   // Rebuilds every derived field from the cells, the marks and the move list,
-  // keeping the order of the moves; used when the rule changes.
+  // keeping the order of the moves.
   void rebuild();
+  // Switches the pattern table to `newRule` and rebuilds the codes, threat
+  // sets and values of the position; nothing happens when the rule is the same.
+  void setRule(int newRule);
 
   bool inside(int row, int col) const { return row >= 0 && row < height && col >= 0 && col < width; }
   Colour at(Move m) const { return cells[m]; }
+  uint32_t code(Move m, Colour colour, int d) const { return info[m].patternWord[colourIndex(colour)] >> (4 * d) & 15; }
+  const ThreatSet& threat(Colour colour, ThreatClass c) const { return threats[colourIndex(colour)][c]; }
+  int total(Colour colour) const { return totalValue[colourIndex(colour)]; }
+
   Colour sideToMove() const { return (moveCount & 1) ? WHITE : BLACK; }
   int stoneCount() const { return moveCount; }
   Move lastMove() const { return moveCount > 0 ? moves[moveCount - 1] : kNoMove; }
@@ -90,8 +129,15 @@ struct Board {
   bool operator==(const Board&) const = default;
 
  private:
+  template <bool Walled, Update U>
+  void changeCell(Move m, uint64_t value);
+  template <int D, bool Walled, Update U>
+  void updateLine(Move m);
+  template <Update U>
+  void setCode(Move m, int colourIndex, int d, uint32_t newCode);
+  void refreshValue(Move m);
+  void refreshLinesAround(Move m);
   void setLineBits(Move m, uint64_t value);
-  void clearLineBits(Move m);
   void resetRooms();
   void refreshRoomsAround(Move m);
   void refreshRoom(Move m);

@@ -1,7 +1,9 @@
 #include "board/board_check.h"
 
 #include <cstdio>
+#include <cstring>
 
+#include "board/values.h"
 #include "board/zobrist.h"
 
 namespace zorva {
@@ -14,25 +16,23 @@ std::string fault(const char* what, int a, int b) {
   return text;
 }
 
-// The line word of direction d and index i as the cells say it must be.
-uint64_t expectedLine(const Board& b, int d, int index) {
-  const int length = b.lineLength(d, index);
-  uint64_t word = (kWallBits << (kLineMargin - 2)) | (kWallBits << (2 * length + kLineMargin));
-  for (int row = 0; row < b.size; ++row)
-    for (int col = 0; col < b.size; ++col) {
-      const Move m = makeMove(row, col);
-      if (b.lineIndex(d, m) == index) word |= uint64_t(b.cells[m]) << b.lineShift(d, m);
-    }
-  return word;
-}
-
+// Every line word as the cells say it must be: end walls and the colours.
 std::string checkLines(const Board& b) {
+  uint64_t expected[kDirections][kLineWords] = {};
   for (int d = 0; d < kDirections; ++d) {
     const int lines = d < 2 ? b.size : 2 * b.size - 1;
     const int first = d == 3 ? 1 : 0;
     for (int i = first; i < first + lines; ++i)
-      if (b.line[d][i] != expectedLine(b, d, i)) return fault("line word differs: direction, index", d, i);
+      expected[d][i] = (kWallBits << (kLineMargin - 2)) | (kWallBits << (2 * b.lineLength(d, i) + kLineMargin));
   }
+  for (int row = 0; row < b.size; ++row)
+    for (int col = 0; col < b.size; ++col) {
+      const Move m = makeMove(row, col);
+      for (int d = 0; d < kDirections; ++d) expected[d][b.lineIndex(d, m)] |= uint64_t(b.cells[m]) << b.lineShift(d, m);
+    }
+  for (int d = 0; d < kDirections; ++d)
+    for (int i = 0; i < kLineWords; ++i)
+      if (b.line[d][i] != expected[d][i]) return fault("line word differs: direction, index", d, i);
   return {};
 }
 
@@ -74,11 +74,66 @@ std::string checkCells(const Board& b) {
   return {};
 }
 
+// The cells as one colour sees them: its own marks count as wall.
+struct ColourView {
+  uint8_t cell[kCellSlots];
+};
+
+void makeView(const Board& b, Colour colour, ColourView& view) {
+  for (Move m = 0; m < kCellSlots; ++m)
+    view.cell[m] = uint8_t(b.inside(rowOf(m), colOf(m)) && b.isMarked(m, colour) ? WALL : b.cells[m]);
+}
+
+// The span of a cell read from the cells; everything off the rectangle is wall.
+uint32_t spanFromCells(const Board& b, const ColourView& view, Move m, int d) {
+  uint32_t span = 0;
+  for (int k = -kSpanHalf; k <= kSpanHalf; ++k) {
+    const int row = rowOf(m) + k * kDirRowStep[d], col = colOf(m) + k * kDirColStep[d];
+    const uint32_t v = b.inside(row, col) ? view.cell[makeMove(row, col)] : uint32_t(WALL);
+    span |= v << (2 * (k + kSpanHalf));
+  }
+  return span;
+}
+
+std::string checkPatterns(const Board& b) {
+  ColourView views[2];
+  makeView(b, BLACK, views[0]);
+  makeView(b, WHITE, views[1]);
+  ThreatSet expected[2][kThreatClasses];
+  std::memset(expected, 0, sizeof expected);
+  int32_t totals[2] = {0, 0};
+  for (Move m = 0; m < kCellSlots; ++m) {
+    const int row = rowOf(m), col = colOf(m);
+    const bool inSquare = row < b.size && col < b.size;
+    for (int ci = 0; ci < 2; ++ci) {
+      uint32_t word = 0;
+      for (int d = 0; inSquare && d < kDirections; ++d) {
+        const uint32_t entry = b.patterns[spanFromCells(b, views[ci], m, d)];
+        const uint32_t code = ci == 0 ? entry & 15 : entry >> 4;
+        word |= code << (4 * d);
+        if (const int c = kClassOfCode[code]; c >= 0) expected[ci][c].add(m, d);
+      }
+      const CellInfo& cell = b.info[m];
+      if (cell.patternWord[ci] != word) return fault("pattern word differs at", row, col);
+      const int value = b.inside(row, col) ? scaledCellValue(word, cell.roomSum[ci]) : 0;
+      if (cell.cellValue[ci] != value) return fault("cell value differs at", row, col);
+      totals[ci] += value;
+    }
+  }
+  for (int ci = 0; ci < 2; ++ci) {
+    for (int c = 0; c < kThreatClasses; ++c)
+      if (!(b.threats[ci][c] == expected[ci][c])) return fault("threat set differs: colour index, class", ci, c);
+    if (b.totalValue[ci] != totals[ci]) return fault("running total differs: colour index, total", ci, totals[ci]);
+  }
+  return {};
+}
+
 }  // namespace
 
 std::string checkBoard(const Board& board) {
   std::string problem = checkLines(board);
-  return problem.empty() ? checkCells(board) : problem;
+  if (problem.empty()) problem = checkCells(board);
+  return problem.empty() ? checkPatterns(board) : problem;
 }
 
 }  // namespace zorva

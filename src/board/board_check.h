@@ -1,5 +1,6 @@
 #pragma once
-// Debug checker: recomputes a board's derived fields from its stones and
+// Debug checker: recomputes a board's derived fields (line words, rooms,
+// codes, threat sets, cell values, totals, hash) from its stones and
 // reports the first field that disagrees with the incrementally kept one.
 #include <string>
 

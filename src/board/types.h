@@ -16,6 +16,14 @@ constexpr Move kNoMove = -1;
 enum Colour : int32_t { EMPTY = 0, BLACK = 1, WHITE = 2, WALL = 3 };
 
 constexpr Colour opponent(Colour c) { return Colour(c ^ 3); }
+// Index of a stone colour in the per-colour arrays: black 0, white 1.
+constexpr int colourIndex(Colour c) { return c - 1; }
+
+// Rule codes as the settings store them.
+constexpr int kFreestyle = 0;  // five or more wins
+constexpr int kStandard = 1;   // exactly five wins, for both sides
+constexpr int kRenju = 2;      // exactly five for black, who may not make doubles or overlines
+constexpr int kRuleCount = 3;
 
 // Line directions, always in this order: horizontal, vertical, anti-diagonal
 // (row + 1, column - 1) and diagonal (row + 1, column + 1).

@@ -9,6 +9,7 @@
 #include "protocol/line_reader.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
+#include "protocol/rules_commands.h"
 #include "protocol/scan.h"
 #include "protocol/settings.h"
 #include "protocol/think_thread.h"
@@ -145,9 +146,18 @@ void readBoardBody() {
   }
 }
 
-int cmdBoard(const char*) {
+}  // namespace
+
+void readBoardCommand() {
   preamble();
+  engine.think.builtRule = -1;  // a new position: nothing proven about it yet
   readBoardBody();
+}
+
+namespace {
+
+int cmdBoard(const char*) {
+  readBoardCommand();
   startTurn();
   return kGoOn;
 }
@@ -202,7 +212,7 @@ constexpr Command kCommands[] = {
     {"about", cmdAbout},
     {"end", cmdEnd},
     {"board", cmdBoard},
-    {"zvboard", nullptr},
+    {"zvboard", cmdSetUpBoard},
     {"zvstop", cmdStop},
     {"zvblockpathreset", nullptr},
     {"zvblockpathundo", nullptr},
@@ -213,9 +223,9 @@ constexpr Command kCommands[] = {
     {"zvforbid add", nullptr},
     {"zvforbid del", nullptr},
     {"zvprintfeaturebatch", nullptr},
-    {"zvprintfeature", nullptr},
+    {"zvprintfeature", cmdPrintFeature},
     {"takeback", cmdTakeBack},
-    {"zvshowforbid", nullptr},
+    {"zvshowforbid", cmdShowForbid},
     {"zvshowinfo", nullptr},
     {"zvshowhashusage", nullptr},
     {"zvhashclear", nullptr},

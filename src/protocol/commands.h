@@ -18,4 +18,8 @@ void setInput(std::FILE* stream);
 // Reads the next line into engine.inputLine; false at end of input.
 bool readInputLine();
 
+// BOARD up to its search: the preamble, then the "x,y,who" lines until DONE.
+// zvboard is exactly this.
+void readBoardCommand();
+
 }  // namespace zorva

@@ -42,6 +42,7 @@ void newGame(bool checkSize) {
     return;
   }
   engine.maxSide = std::max(engine.boardWidth, engine.boardHeight);
+  engine.think.builtRule = -1;
   sendLine(reply::kGreeting, reply::kEdition, reply::kVersion);
   engine.board.reset(engine.boardWidth, engine.boardHeight, engine.settings.rule);
   sendLine(reply::kOk);

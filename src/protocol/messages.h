@@ -31,4 +31,11 @@ inline constexpr char kErrorOwnMove[] = "ERROR my move [%d,%d]";
 inline constexpr char kErrorBlockMove[] = "ERROR board-block move [%d,%d]";
 inline constexpr char kErrorBoardLine[] = "ERROR x,y,who or DONE expected after BOARD";
 
+inline constexpr char kForbidHead[] = "FORBID ";
+inline constexpr char kForbidCell[] = "%02d%02d";
+inline constexpr char kForbidEnd[] = ".";
+inline constexpr char kFeatureRow[] = "MESSAGE";
+inline constexpr char kFeatureValue[] = " %d";
+inline constexpr char kFeatureBlockEnd[] = "MESSAGE ";
+
 }  // namespace zorva::reply

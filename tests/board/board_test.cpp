@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <iterator>
 #include <random>
-#include <vector>
 
 #include "board/board.h"
 #include "board/board_check.h"
+#include "board/forbid.h"
 #include "board/zobrist.h"
 
 namespace zorva {
@@ -71,45 +73,82 @@ TEST_F(BoardTest, BlockedCellsAndMarksNarrowTheRoom) {
   EXPECT_EQ(checkBoard(b), "");
 }
 
-// Random play with takebacks, blocks and marks must always leave the board
-// equal to one rebuilt from its stones, and undo must restore it bit for bit.
-TEST_F(BoardTest, RandomPlayMatchesRebuild) {
+// Steps of random play per rule: ZORVA_LONG_TESTS=1 asks for the long run
+// (240,000 per rule, of which over 200,000 are moves and takebacks), any
+// other number for that many.
+int randomSteps() {
+  const char* env = std::getenv("ZORVA_LONG_TESTS");
+  if (!env || !*env) return 3000;
+  const int n = std::atoi(env);
+  return n > 1 ? n : 240000;
+}
+
+// Play biased to the neighbourhood of the last stones, so that threes, fours
+// and fives come and go, with takebacks, blocked cells and marks. After every
+// step the board must equal its from-scratch recomputation; every move is
+// also taken back and replayed now and then, with the full and the light
+// update, and must restore the board bit for bit; so must a forbidden-point
+// test.
+void randomPlay(int rule, int steps, uint32_t seed) {
   static Board b, before, rebuilt;
-  std::mt19937 rng(12345);
-  const int shapes[][2] = {{15, 15}, {20, 20}, {15, 20}, {20, 15}, {7, 22}, {22, 22}, {5, 5}};
+  std::mt19937 rng(seed);
+  const int shapes[][2] = {{15, 15}, {20, 20}, {15, 20}, {20, 15}, {7, 22}, {22, 22}, {9, 6}};
+  const int perShape = steps / int(std::size(shapes)) + 1;
   for (auto [width, height] : shapes) {
-    b.reset(width, height, 0);
-    std::vector<Move> empties;
-    for (int step = 0; step < 1500; ++step) {
-      empties.clear();
-      for (int r = 0; r < height; ++r)
-        for (int c = 0; c < width; ++c)
-          if (b.at(makeMove(r, c)) == EMPTY) empties.push_back(makeMove(r, c));
-      const int action = int(rng() % 10);
-      if (action < 6 && !empties.empty()) {
-        const Move m = empties[rng() % empties.size()];
-        before = b;
-        b.placeStone(m, action == 0 ? WALL : b.sideToMove());
-        if (rng() % 2) {
-          b.removeStone(m);
-          ASSERT_TRUE(b == before) << "place and remove must restore the board";
-          b.placeStone(m, action == 0 ? WALL : b.sideToMove());
+    b.reset(width, height, rule);
+    auto randomEmpty = [&]() -> Move {
+      for (int tries = 0; tries < 50; ++tries) {
+        int row, col;
+        if (b.moveCount > 0 && rng() % 8 != 0) {
+          const Move near = b.moves[b.moveCount - 1 - int(rng() % std::min(b.moveCount, 4))];
+          row = rowOf(near) + int(rng() % 5) - 2;
+          col = colOf(near) + int(rng() % 5) - 2;
+        } else {
+          row = int(rng() % height);
+          col = int(rng() % width);
         }
-      } else if (action < 8 && b.moveCount > 0) {
-        b.removeStone(b.lastMove());
-      } else if (action == 8 && !empties.empty()) {
-        const Move m = empties[rng() % empties.size()];
-        const Colour c = rng() % 2 ? BLACK : WHITE;
-        if (b.isMarked(m, c))
-          b.unmarkCell(m, c);
-        else
-          b.markCell(m, c);
-      } else if (b.moveCount > 0) {
-        const Move m = b.moves[rng() % b.moveCount];
-        ASSERT_EQ(b.takeBack(rowOf(m), colOf(m)), TakeBackResult::Done);
+        if (b.inside(row, col) && b.at(makeMove(row, col)) == EMPTY) return makeMove(row, col);
       }
-      ASSERT_EQ(checkBoard(b), "") << "step " << step << " on " << width << "x" << height;
-      if (step % 97 == 0) {
+      return kNoMove;
+    };
+    for (int step = 0; step < perShape; ++step) {
+      const int filled = 100 * (b.moveCount + 8) / (width * height);
+      const int action = int(rng() % 100);
+      const Move m = randomEmpty();
+      if (action < 55 + 20 * (filled < 40) - 30 * (filled > 70) && m != kNoMove) {
+        const Colour c = b.sideToMove();
+        if (rng() % 4 == 0) {
+          before = b;
+          b.placeStone(m, c);
+          b.removeStone(m);
+          ASSERT_TRUE(b == before) << "full place and remove must restore the board";
+          b.placeStone<Update::Light>(m, c);
+          b.removeStone<Update::Light>(m);
+          ASSERT_TRUE(b == before) << "light place and remove must restore the board";
+        }
+        b.placeStone(m, c);
+      } else if (action < 90 && b.moveCount > 0) {
+        b.removeStone(b.lastMove());
+      } else if (action < 92 && m != kNoMove) {
+        b.placeStone(m, WALL);
+      } else if (action < 95 && m != kNoMove) {
+        const Colour c = rng() % 2 ? BLACK : WHITE;
+        if (b.markedCount > 3 || b.isMarked(m, c)) {
+          for (Move n = 0; n < kCellSlots; ++n)
+            if (b.inside(rowOf(n), colOf(n)) && b.isMarked(n, c)) b.unmarkCell(n, c);
+        } else {
+          b.markCell(m, c);
+        }
+      } else if (action < 98 && m != kNoMove && rule == kRenju) {
+        before = b;
+        isForbidden(b, m);
+        ASSERT_TRUE(b == before) << "the forbidden-point test must leave the board as it found it";
+      } else if (b.moveCount > 0) {
+        const Move taken = b.moves[rng() % b.moveCount];
+        ASSERT_EQ(b.takeBack(rowOf(taken), colOf(taken)), TakeBackResult::Done);
+      }
+      ASSERT_EQ(checkBoard(b), "") << "rule " << rule << " step " << step << " on " << width << "x" << height;
+      if (step % 211 == 0) {
         rebuilt = b;
         rebuilt.rebuild();
         ASSERT_TRUE(rebuilt == b) << "rebuilding from scratch must give the same board";
@@ -117,6 +156,10 @@ TEST_F(BoardTest, RandomPlayMatchesRebuild) {
     }
   }
 }
+
+TEST_F(BoardTest, RandomPlayFreestyle) { randomPlay(kFreestyle, randomSteps(), 12345); }
+TEST_F(BoardTest, RandomPlayStandard) { randomPlay(kStandard, randomSteps(), 23456); }
+TEST_F(BoardTest, RandomPlayRenju) { randomPlay(kRenju, randomSteps(), 34567); }
 
 TEST_F(BoardTest, TakeBack) {
   static Board b;
