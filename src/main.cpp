@@ -5,7 +5,10 @@
 #include <xmmintrin.h>
 #endif
 
+#include <cstring>
+
 #include "protocol/engine.h"
+#include "search/bench.h"
 
 namespace {
 // Denormals buy no accuracy the engine needs and cost a great deal of time.
@@ -17,9 +20,19 @@ void flushDenormals() {
 }
 }  // namespace
 
-int main(int, char** argv) {
+// "zorva bench [depth] [threads]" runs the search benchmark; anything else
+// starts the engine for a manager.
+int main(int argc, char** argv) {
   flushDenormals();
-  std::srand(unsigned(std::time(nullptr)));
+  const bool bench = argc > 1 && std::strcmp(argv[1], "bench") == 0;
+  // The benchmark's hash keys are always the same, so that its node count is too.
+  constexpr unsigned kBenchSeed = 20261121;
+  std::srand(bench ? kBenchSeed : unsigned(std::time(nullptr)));
   zorva::initEngine(argv[0]);
+  if (bench) {
+    const int depth = argc > 2 ? std::atoi(argv[2]) : zorva::kBenchDefaultDepth;
+    const int threads = argc > 3 ? std::atoi(argv[3]) : 1;
+    return zorva::runBench(depth > 0 ? depth : zorva::kBenchDefaultDepth, threads);
+  }
   return zorva::runEngine();
 }

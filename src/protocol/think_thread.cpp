@@ -39,9 +39,25 @@ void playTurn() {
   sendLine(reply::kMove, x, y);
 }
 
+bool requestPending() {
+  std::lock_guard lock(wakeMutex);
+  return engine.thinkRequested != 0;
+}
+
+// After its move the engine keeps thinking on the opponent's time, unless a
+// new request is already waiting; any command that changes the position
+// stops it through stopThinking.
+void playTurnAndPonder() {
+  playTurn();
+  if (!engine.settings.pondering || requestPending() || engine.stopFlag) return;
+  engine.ponderActive = 1;
+  ponder();
+  engine.ponderActive = 0;
+}
+
 // The analysis jobs of the other modes are accepted and end at once.
 void runJob(int mode) {
-  if (mode == kModeTurn) playTurn();
+  if (mode == kModeTurn) playTurnAndPonder();
 }
 
 void thinkLoop() {

@@ -13,6 +13,7 @@ namespace zorva {
 namespace {
 
 constexpr int kBudgetShare = 24;            // a turn takes about 1/24 of the time left
+constexpr int kPonderShare = 16;
 constexpr int32_t kRenjuBias = 75;          // black's edge under Renju, taken out of the stability test
 constexpr int32_t kUnstableValue = 149;
 constexpr int32_t kRootWindow = 100000000;
@@ -59,13 +60,13 @@ void setDepthBudget(const Settings& s, ThinkState& t, Colour side, const Board& 
 
 // Iterative deepening; returns what the last depth counted as done left.
 Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const Board& board, Colour side,
-                 bool quiet) {
+                 bool quiet, bool pondering = false) {
   Deepening run{s.startDepth - 1, t.rootValue, fitsEvenShare(s, t.timeBudget, board)};
   for (int depth = s.startDepth; !stopBeforeDepth(s, t, board, depth, run.plentiful); ++depth) {
     t.currentDepth = depth;
     t.singleReply = 0;
     t.previousBestMove = t.bestMove;
-    setDepthBudget(s, t, side, board, run);
+    if (!pondering) setDepthBudget(s, t, side, board, run);
     backend.startDepth();
     const int32_t value = backend.searchRoot(depth, side);
     backend.mergeStatistics();
@@ -139,6 +140,29 @@ int32_t turnBudget(const Settings& s) {
   return int32_t(std::min<int64_t>(s.timeLeft / kBudgetShare + s.timeIncrement / 2, s.timeoutTurn));
 }
 
+int32_t ponderBudget(const Settings& s) { return std::min(s.timeLeft / kPonderShare, int32_t(s.timeoutTurn)); }
+
+void runPonder(SearchBackend& backend, const Board& board) {
+  ThinkState& t = engine.think;
+  const Move bestMove = t.bestMove;
+  const int32_t currentDepth = t.currentDepth, finalValue = t.finalValue, drawAcceptable = t.drawAcceptable;
+  const Line bestLine = t.bestLine;
+  const bool aborted = t.aborted;
+  t.timeBudget = ponderBudget(engine.settings);
+  resetCounters(t);
+  t.turnStart = nowMs();
+  t.bestMove = kNoMove;
+  backend.prepare();
+  t.rootValue = backend.evaluate(board.sideToMove());
+  deepen(backend, engine.settings, t, board, board.sideToMove(), true, true);
+  t.bestMove = bestMove;
+  t.currentDepth = currentDepth;
+  t.finalValue = finalValue;
+  t.drawAcceptable = drawAcceptable;
+  t.bestLine = bestLine;
+  t.aborted = aborted;
+}
+
 int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB) {
   const int64_t share = int64_t(unstable + dropB + 1 + dropA) * s.timeLeft / kBudgetShare;
   return int32_t(std::min<int64_t>(s.timeIncrement / 2 + share, s.timeoutTurn));
@@ -151,11 +175,15 @@ Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
   t.timeBudget = turnBudget(s);
   resetCounters(t);
 
+  // A win proven last turn is played out without a search.
+  const Move provenWin =
+      board.stoneCount() > 0 && t.builtRule != -1 && t.finalValue - t.currentDepth >= kWin ? backend.quickWinMove(side)
+                                                                                           : kNoMove;
   if (board.stoneCount() == 0) {
     t.bestMove = emptyBoardMove(board, engine.blockTable);
     t.elapsedMs = 0;
-  } else if (t.builtRule != -1 && t.finalValue - t.currentDepth >= kWin) {
-    t.bestMove = backend.quickWinMove(side);
+  } else if (provenWin != kNoMove) {
+    t.bestMove = provenWin;
     t.elapsedMs = 0;
   } else {
     t.turnStart = nowMs();
@@ -166,7 +194,10 @@ Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
     t.elapsedMs = nowMs() - t.turnStart;
     t.currentDepth = run.lastDone;
     t.finalValue = run.lastValue;
-    if (t.finalValue - t.currentDepth >= kWin) t.bestMove = backend.quickWinMove(side);
+    if (t.finalValue - t.currentDepth >= kWin) {
+      const Move win = backend.quickWinMove(side);
+      if (win != kNoMove) t.bestMove = win;
+    }
     updateDrawAcceptance(t.finalValue, side, t.singleReply, board);
     // A turn cut short before any depth finished still has to move.
     if (t.bestMove == kNoMove || board.at(t.bestMove) != EMPTY) t.bestMove = emptyBoardMove(board, engine.blockTable);

@@ -57,12 +57,19 @@ int64_t nowMs();
 
 // The first budget of a turn: a 24th of the time left plus half the increment, capped by the turn limit.
 int32_t turnBudget(const Settings& s);
+// Pondering takes a 16th of the time left, capped by the turn limit.
+int32_t ponderBudget(const Settings& s);
 // The budget while deepening, longer when the value is unstable or dropping.
 int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB);
 
 // Runs a turn on `board` for the side to move and returns the move chosen
 // (kNoMove when no cell is usable); prints the report unless `quiet`.
 Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet = false);
+
+// Thinks on the opponent's time about the position on `board` (the
+// opponent to move) until stopped or out of its budget, to fill the table;
+// prints nothing and leaves the think state of the last turn as it was.
+void runPonder(SearchBackend& backend, const Board& board);
 
 // Sets drawAcceptable from the final value of a turn.
 void updateDrawAcceptance(int32_t value, Colour side, bool singleReply, const Board& board);

@@ -1,6 +1,7 @@
 #pragma once
 // Per-thread search records: eight exist for the whole run, one per possible
-// search thread; instance 0 belongs to the think thread.
+// search thread; instance 0 belongs to the think thread. Everything a search
+// needs per ply lives here, so nothing is allocated while searching.
 #include <cstdint>
 
 #include "board/board.h"
@@ -8,10 +9,37 @@
 namespace zorva {
 
 constexpr int kMaxSearchers = 8;
+constexpr int kMaxPly = 128;
+constexpr int kVcfCacheSize = 1 << 16;
+
+struct ScoredMove {
+  int32_t score;
+  Move move;
+};
+
+// A remembered threat-search result for a position and attacker.
+struct VcfCacheEntry {
+  uint64_t key;
+  int16_t plies;   // plies to the win, or -1 for none found
+  int16_t budget;  // the ply budget the result holds for
+};
 
 struct Searcher {
   Board board;
   int64_t nodes = 0;
+  int32_t minRemainingDepth = 0;
+  ScoredMove moveLists[kMaxPly][kMaxStones];
+  Move pv[kMaxPly][kMaxPly];
+  int pvLength[kMaxPly];
+  Move killers[kMaxPly][2];
+  int32_t history[kCellSlots];
+  Move scratch[kMaxPly][kMaxStones];  // evaluation's threat-cell lists
+  VcfCacheEntry vcfCache[kVcfCacheSize];
+
+  // Forgets what the previous iteration learnt about move order.
+  void clearOrdering();
+  // Forgets the threat-search results: marks and blocks change them unseen by the hash.
+  void clearThreatCache();
 };
 
 // Instance `index`; an index outside 1..7 yields instance 0.

@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "protocol/engine_state.h"
-#include "search/searcher.h"
+#include "search/engine_search.h"
 
 namespace zorva {
 
@@ -31,11 +31,14 @@ Move emptyBoardMove(const Board& board, const int32_t* blockTable) {
   return best;
 }
 
-// Until the search exists every turn answers with the empty-board rule.
 Move chooseTurnMove() {
-  Board& board = searcher(0).board;
-  copyBoard(engine.board, board);
-  return emptyBoardMove(board, engine.blockTable);
+  EngineSearch search;
+  return runTurnDriver(search, engine.board);
+}
+
+void ponder() {
+  EngineSearch search;
+  runPonder(search, engine.board);
 }
 
 }  // namespace zorva

@@ -14,4 +14,7 @@ Move emptyBoardMove(const Board& board, const int32_t* blockTable);
 // The move for a turn on the game board, or kNoMove when none is usable.
 Move chooseTurnMove();
 
+// Thinks about the game board on the opponent's time until stopped.
+void ponder();
+
 }  // namespace zorva

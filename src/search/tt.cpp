@@ -71,7 +71,7 @@ int32_t fromStored(int32_t value, int depth) {
   return value;
 }
 
-TranspositionTable::~TranspositionTable() { std::free(words_); }
+TranspositionTable::~TranspositionTable() { std::free(memory_); }
 
 uint64_t TranspositionTable::bucketsFor(int32_t hashSize) {
   if (hashSize < 1) hashSize = 1;
@@ -85,18 +85,23 @@ bool TranspositionTable::resize(int32_t hashSize) {
   if (words_ && hashSize == sizeSetting_) return true;
   const uint64_t buckets = bucketsFor(hashSize);
   const size_t bytes = size_t(buckets) * 2 * kBucketEntries * kWordsPerEntry * sizeof(uint64_t);
-  const size_t rounded = (bytes + kAlignment - 1) / kAlignment * kAlignment;  // aligned_alloc wants whole units
-  auto* words = static_cast<uint64_t*>(std::aligned_alloc(kAlignment, rounded));
-  if (!words) return false;
-  std::free(words_);
-  words_ = words;
+  // Fresh zeroed pages from the system cost nothing until touched, so a
+  // large table is ready at once; the pointer is aligned by hand.
+  void* memory = std::calloc(1, bytes + kAlignment);
+  if (!memory) return false;
+  std::free(memory_);
+  memory_ = memory;
+  const uintptr_t address = (reinterpret_cast<uintptr_t>(memory) + kAlignment - 1) & ~uintptr_t(kAlignment - 1);
+  words_ = reinterpret_cast<uint64_t*>(address);
   buckets_ = buckets;
   sizeSetting_ = hashSize;
-  clear();
+  written_.store(false, std::memory_order_relaxed);
   return true;
 }
 
 void TranspositionTable::clear() {
+  if (!written_.load(std::memory_order_relaxed)) return;
+  written_.store(false, std::memory_order_relaxed);
   if (words_) std::memset(words_, 0, size_t(buckets_) * 2 * kBucketEntries * kWordsPerEntry * sizeof(uint64_t));
 }
 
@@ -175,6 +180,7 @@ int32_t TranspositionTable::probe(uint64_t key, int stones, int depth, int32_t a
 void TranspositionTable::store(uint64_t key, int stones, int depth, int32_t value, Bound bound, int side,
                                Move move1, Move move2, Move move3) {
   if (!words_) return;
+  if (!written_.load(std::memory_order_relaxed)) written_.store(true, std::memory_order_relaxed);
   const Move given[3] = {move1, move2, move3};
   const int givenCount = move1 == kNoMove ? 0 : move2 == kNoMove ? 1 : move3 == kNoMove ? 2 : 3;
   const int32_t stored = toStored(value, depth);

@@ -5,6 +5,7 @@
 // relaxed atomics; the first word is a check word that folds the value,
 // depth and bound into the key, so an entry torn by two writers fails the
 // key test and reads as absent.
+#include <atomic>
 #include <cstdint>
 
 #include "board/types.h"
@@ -74,7 +75,9 @@ class TranspositionTable {
   static void write(uint64_t* words, uint64_t key, const TTEntry& entry);
   static void writeAge(uint64_t* words, uint16_t age);
 
+  void* memory_ = nullptr;     // the allocation; words_ is aligned inside it
   uint64_t* words_ = nullptr;  // two tables: side 1 then side 2
+  std::atomic<bool> written_{false};  // something was stored since the last clear
   uint64_t buckets_ = 0;
   int32_t sizeSetting_ = -1;
   int rule_ = -1;

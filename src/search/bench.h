@@ -1,0 +1,13 @@
+#pragma once
+// The search benchmark: fixed positions of every rule searched to a fixed
+// depth. With one thread its node count is a signature of the search: a
+// change that alters it changes what the search does.
+
+namespace zorva {
+
+constexpr int kBenchDefaultDepth = 7;
+
+// Prints one line per position and the total; returns the exit status.
+int runBench(int depth, int threads);
+
+}  // namespace zorva

@@ -1,0 +1,68 @@
+#include "search/engine_search.h"
+
+#include <algorithm>
+
+#include "board/eval.h"
+#include "protocol/engine_state.h"
+#include "protocol/output.h"
+#include "search/search.h"
+#include "search/searcher.h"
+#include "search/tt.h"
+#include "search/vcf.h"
+
+namespace zorva {
+
+namespace {
+Searcher& rootSearcher() { return searcher(0); }
+}  // namespace
+
+const char* ruleName(int rule) {
+  return rule == kFreestyle ? "Gomoku (Freestyle)" : rule == kStandard ? "Gomoku (Standard)" : "Renju";
+}
+
+// Rule set-up and hash set-up: the boards follow the rule in force, the
+// table its size, before the first depth of a turn.
+void EngineSearch::prepare() {
+  const int rule = engine.settings.rule;
+  if (rule != engine.think.builtRule) {
+    sendLine("MESSAGE Rule %s", ruleName(rule));
+    engine.board.setRule(rule);
+    engine.think.builtRule = rule;
+  }
+  if (engine.settings.hashSize != transpositionTable.sizeSetting() || !transpositionTable.allocated())
+    transpositionTable.resize(engine.settings.hashSize);
+  transpositionTable.ensureRule(rule);
+  copyBoard(engine.board, rootSearcher().board);
+  rootSearcher().clearThreatCache();
+  rootSearcher().minRemainingDepth = 0;
+}
+
+int32_t EngineSearch::evaluate(Colour side) {
+  Searcher& s = rootSearcher();
+  return zorva::evaluate(s.board, side, s.scratch[0]);
+}
+
+void EngineSearch::startDepth() { rootSearcher().clearOrdering(); }
+
+int32_t EngineSearch::searchRoot(int depth, Colour side) { return zorva::searchRoot(rootSearcher(), depth, side); }
+
+const Line& EngineSearch::principalVariation() {
+  const Searcher& s = rootSearcher();
+  line_.length = s.pvLength[0];
+  std::copy(s.pv[0], s.pv[0] + line_.length, line_.moves);
+  return line_;
+}
+
+void EngineSearch::mergeStatistics() {
+  Searcher& s = rootSearcher();
+  engine.think.nodeCount = engine.think.nodeCount + s.nodes;
+  engine.think.minRemainingDepth = std::min(engine.think.minRemainingDepth, s.minRemainingDepth);
+  s.nodes = 0;
+}
+
+Move EngineSearch::quickWinMove(Colour side) {
+  copyBoard(engine.board, rootSearcher().board);
+  return zorva::quickWinMove(rootSearcher(), side);
+}
+
+}  // namespace zorva

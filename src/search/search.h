@@ -1,0 +1,21 @@
+#pragma once
+// The principal-variation alpha-beta search: negamax, every value from the
+// side to move's view. A win is kWin plus the remaining depth at the node
+// that proves it, so nearer wins score higher.
+#include <cstdint>
+
+#include "board/types.h"
+
+namespace zorva {
+
+struct Searcher;
+
+// Searches the searcher's board to `depth` plies; `ply` counts from the root.
+int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta, Colour side);
+
+// Searches the root: writes bestMove, singleReply and the principal
+// variation into the think state and the searcher, prints the REALTIME
+// lines when asked to, and returns the root value (0 after an abort).
+int32_t searchRoot(Searcher& s, int depth, Colour side);
+
+}  // namespace zorva

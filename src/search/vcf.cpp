@@ -1,0 +1,126 @@
+#include "search/vcf.h"
+
+#include "board/forbid.h"
+#include "protocol/engine_state.h"
+#include "search/limits.h"
+#include "search/searcher.h"
+#include "search/tt.h"
+
+namespace zorva {
+
+namespace {
+
+constexpr int kVcfNodeLimit = 6000;  // per call: a threat search must stay cheap at every node
+constexpr uint64_t kWhiteAttacks = 0x9E3779B97F4A7C15ull;
+constexpr uint64_t kRuleKeys[kRuleCount] = {0, 0xD1B54A32D192ED03ull, 0x8CB92BA72F3D8DD7ull};
+
+struct VcfRun {
+  Searcher& s;
+  int nodes = 0;
+  bool truncated = false;
+};
+
+bool renjuBlack(const Board& b, Colour c) { return b.rule == kRenju && c == BLACK; }
+
+// Up to two cells of a threat set; returns how many it has (2 meaning two or more).
+int firstCells(const ThreatSet& set, Move* first) {
+  int n = 0;
+  set.forEach([&](Move m) {
+    if (n == 0) *first = m;
+    return ++n < 2;
+  });
+  return n;
+}
+
+// The cells where `side` makes a four: open fours first.
+int fourMoves(const Board& b, Colour side, Move* out) {
+  int n = b.threat(side, kOpenFourClass).collect(out);
+  const ThreatSet& openFours = b.threat(side, kOpenFourClass);
+  b.threat(side, kFourClass).forEach([&](Move m) {
+    if (!openFours.contains(m)) out[n++] = m;
+    return true;
+  });
+  return n;
+}
+
+VcfCacheEntry& cacheSlot(Searcher& s, uint64_t key) { return s.vcfCache[key & (kVcfCacheSize - 1)]; }
+
+// Plies until `side` (to move) has a five on the board by continuous fours,
+// or -1. `firstMove`, when given, receives the four that starts the win.
+int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
+  Board& b = run.s.board;
+  if (!b.threat(side, kFiveClass).empty()) {
+    if (firstMove) firstCells(b.threat(side, kFiveClass), firstMove);
+    return 0;
+  }
+  if (budget < 2 || countNode(run.s)) return -1;
+  if (++run.nodes > kVcfNodeLimit) {
+    run.truncated = true;
+    return -1;
+  }
+  const uint64_t key = b.hash ^ (side == WHITE ? kWhiteAttacks : 0) ^ kRuleKeys[b.rule];
+  VcfCacheEntry& slot = cacheSlot(run.s, key);
+  // A stored budget of 0 marks an empty slot: results are only stored with budgets of 2 and more.
+  if (slot.key == key && slot.budget > 0 && !firstMove && (slot.plies >= 0 ? slot.plies <= budget : budget <= slot.budget))
+    return slot.plies;
+
+  const Colour other = opponent(side);
+  Move moves[kMaxStones];
+  int count = 0;
+  Move block = kNoMove;
+  const int threats = firstCells(b.threat(other, kFiveClass), &block);
+  if (threats >= 2) return -1;
+  if (threats == 1) {
+    // The opponent's four must be blocked; only a block that is a four of ours keeps the attack going.
+    if (b.threat(side, kFourClass).contains(block) || b.threat(side, kOpenFourClass).contains(block))
+      moves[count++] = block;
+  } else {
+    count = fourMoves(b, side, moves);
+  }
+
+  for (int i = 0; i < count; ++i) {
+    const Move m = moves[i];
+    if (renjuBlack(b, side) && isForbidden(b, m)) continue;
+    b.placeStone<Update::Light>(m, side);
+    Move five = kNoMove;
+    const int fives = firstCells(b.threat(side, kFiveClass), &five);
+    int plies = -1;
+    if (fives >= 2 || (fives == 1 && renjuBlack(b, other) && isForbidden(b, five))) {
+      plies = 2;  // two fives, or one black may not take
+    } else if (fives == 1) {
+      b.placeStone<Update::Light>(five, other);
+      const int rest = attack(run, side, budget - 2, nullptr);
+      b.removeStone<Update::Light>(five);
+      if (rest >= 0) plies = rest + 2;
+    }
+    b.removeStone<Update::Light>(m);
+    if (plies >= 0) {
+      slot = {key, int16_t(plies), int16_t(budget)};
+      if (firstMove) *firstMove = m;
+      return plies;
+    }
+  }
+  if (!run.truncated && !engine.searchAborted) slot = {key, -1, int16_t(budget)};
+  return -1;
+}
+
+}  // namespace
+
+// The search's depth does not limit the threat search: fours force their
+// replies, so a fixed ply budget keeps it cheap at any depth.
+int32_t vcf(Searcher& s, int, Colour side) {
+  VcfRun run{s};
+  const int plies = attack(run, side, kMaxVcfPlies, nullptr);
+  return plies < 0 ? 0 : kWin + kVcfDepthBase - plies;
+}
+
+Move quickWinMove(Searcher& s, Colour side) {
+  const Board& b = s.board;
+  Move m = kNoMove;
+  if (firstCells(b.threat(side, kFiveClass), &m)) return m;
+  VcfRun run{s};
+  m = kNoMove;
+  return attack(run, side, kMaxVcfPlies, &m) >= 0 ? m : kNoMove;
+}
+
+}  // namespace zorva

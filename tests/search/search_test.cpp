@@ -1,0 +1,98 @@
+// The threat search and the node search on positions with known answers.
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <utility>
+
+#include "board/zobrist.h"
+#include "protocol/engine_state.h"
+#include "search/search.h"
+#include "search/searcher.h"
+#include "search/tt.h"
+#include "search/vcf.h"
+
+namespace zorva {
+namespace {
+
+using Cells = std::initializer_list<std::pair<int, int>>;
+
+class SearchTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    initZobrist();
+    transpositionTable.resize(16);
+  }
+  void SetUp() override {
+    transpositionTable.clear();
+    engine.searchAborted = 0;
+    engine.stopFlag = 0;
+    engine.settings.maxNode = -1;  // no time limit: results must not depend on the clock
+    s.clearOrdering();
+  }
+  void setUp(int rule, Cells black, Cells white) {
+    s.board.reset(15, 15, rule);
+    for (auto [r, c] : black) s.board.placeStone(makeMove(r, c), BLACK);
+    for (auto [r, c] : white) s.board.placeStone(makeMove(r, c), WHITE);
+  }
+  Searcher& s = searcher(1);
+};
+
+// Black: a closed three in row 7 and one in column 7 meet at (7,7), which
+// makes two fours at once.
+const Cells kDoubleFourBlack = {{7, 4}, {7, 5}, {7, 6}, {4, 7}, {5, 7}, {6, 7}};
+const Cells kDoubleFourWhite = {{7, 3}, {3, 7}, {0, 0}, {0, 2}, {0, 4}, {14, 14}};
+
+TEST_F(SearchTest, ThreatSearchFindsTheDoubleFour) {
+  setUp(kFreestyle, kDoubleFourBlack, kDoubleFourWhite);
+  const int32_t r = vcf(s, 6, BLACK);
+  ASSERT_GT(r, 0);
+  EXPECT_EQ(6 - kVcfDepthBase + r, kWin + 6 - 2) << "the five stands two plies later";
+  EXPECT_EQ(quickWinMove(s, BLACK), makeMove(7, 7));
+  EXPECT_EQ(vcf(s, 6, WHITE), 0);
+}
+
+TEST_F(SearchTest, RenjuBlackMayNotWinByADoubleFour) {
+  setUp(kRenju, kDoubleFourBlack, kDoubleFourWhite);
+  EXPECT_EQ(vcf(s, 6, BLACK), 0);
+  EXPECT_EQ(quickWinMove(s, BLACK), kNoMove);
+  setUp(kRenju, kDoubleFourWhite, kDoubleFourBlack);  // the same shape is white's
+  s.board.placeStone(makeMove(10, 10), BLACK);        // and white is to move
+  EXPECT_GT(vcf(s, 6, WHITE), 0);
+}
+
+TEST_F(SearchTest, ThreatSearchFollowsAChainOfFours) {
+  // Black fours in row 7 force white's blocks until the column four meets them.
+  setUp(kFreestyle, {{7, 2}, {7, 3}, {7, 5}, {5, 6}, {4, 6}, {3, 6}}, {{7, 1}, {2, 6}, {0, 0}, {0, 14}, {14, 0}, {14, 14}});
+  const int32_t r = vcf(s, 8, BLACK);
+  ASSERT_GT(r, 0);
+  EXPECT_EQ(s.board.hash, [&] {
+    Board copy = s.board;
+    copy.rebuild();
+    return copy.hash;
+  }()) << "the board is left as found";
+}
+
+TEST_F(SearchTest, NodeSearchResults) {
+  setUp(kFreestyle, {{7, 4}, {7, 5}, {7, 6}, {7, 7}}, {{8, 4}, {8, 5}, {8, 6}, {0, 0}});
+  EXPECT_EQ(searchNode(s, 5, 0, -kWin * 2, kWin * 2, BLACK), kWin + 5) << "a five point wins at once";
+  // White to move must block; it cannot, black has two five points... but black's
+  // row is closed on neither side: white loses.
+  EXPECT_LT(searchNode(s, 4, 0, -kWin * 2, kWin * 2, WHITE), -9000000);
+}
+
+TEST_F(SearchTest, RootPlaysTheWinAndBlocksTheLoss) {
+  setUp(kFreestyle, kDoubleFourBlack, kDoubleFourWhite);
+  engine.think.bestMove = kNoMove;
+  const int32_t v = searchRoot(s, 3, BLACK);
+  EXPECT_GT(v, 9000000);
+  EXPECT_EQ(engine.think.bestMove, makeMove(7, 7));
+  // An open three of white's: black must answer at one of its ends or far points.
+  setUp(kFreestyle, {{10, 10}, {11, 12}, {2, 2}}, {{7, 6}, {7, 7}, {7, 8}});
+  searchRoot(s, 4, BLACK);
+  const Move m = engine.think.bestMove;
+  EXPECT_EQ(rowOf(m), 7);
+  EXPECT_TRUE(colOf(m) == 5 || colOf(m) == 9 || colOf(m) == 4 || colOf(m) == 10) << "played " << rowOf(m) << "," << colOf(m);
+}
+
+}  // namespace
+}  // namespace zorva
