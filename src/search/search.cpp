@@ -1,6 +1,8 @@
 #include "search/search.h"
 
 #include <algorithm>
+#include <optional>
+#include <span>
 
 #include "board/eval.h"
 #include "board/forbid.h"
@@ -26,6 +28,9 @@ constexpr int kReduceAfter = 3;            // moves searched at full depth befor
 constexpr int kReduceMore = 10;
 constexpr int kHistoryCap = 1 << 20;
 constexpr int kRealtimeDepth = 8;
+// Result labels of database records, for the player who made the last move.
+constexpr int kDatabaseWon = 'w';
+constexpr int kDatabaseLost = 'l';
 
 int32_t winIn(int depth) { return kWin + depth; }
 
@@ -93,6 +98,52 @@ struct BestThree {
   }
 };
 
+// The opening database near the root: positions proven won or lost end the
+// search, and at the root's children a stored value deep enough stands for it.
+bool probeDatabase(const Searcher& s, int depth, int ply, int32_t* value) {
+  const Settings& settings = engine.settings;
+  if (!settings.useDatabase || ply > settings.dbDepthWl || !engine.database.inUse()) return false;
+  const Board& b = s.board;
+  const db::Position position{b.rule, b.height, b.width, std::span<const int32_t>(b.moves, size_t(b.moveCount))};
+  const std::optional<db::ResultFields> record = engine.database.probe(position);
+  if (!record) return false;
+  if (record->t == kDatabaseLost) {
+    *value = winIn(depth);
+    return true;
+  }
+  if (record->t == kDatabaseWon) {
+    *value = -winIn(depth);
+    return true;
+  }
+  if (ply <= 1 && depth > 0 && record->d >= depth) {
+    *value = record->v;
+    return true;
+  }
+  return false;
+}
+
+// At the root every reply the database knows is a candidate, however far it
+// lies from the stones: the database may hold moves the generator would never try.
+int addDatabaseMoves(Searcher& s, Colour side, ScoredMove* moves, int count) {
+  const Settings& settings = engine.settings;
+  if (!settings.useDatabase || settings.dbDepthWl < 1 || !engine.database.inUse()) return count;
+  Board& b = s.board;
+  bool listed[kCellSlots] = {};
+  for (int i = 0; i < count; ++i) listed[moves[i].move] = true;
+  int32_t line[kMaxStones + 1];
+  std::copy(b.moves, b.moves + b.moveCount, line);
+  for (int row = 0; row < b.height; ++row)
+    for (int col = 0; col < b.width; ++col) {
+      const Move m = makeMove(row, col);
+      if (listed[m] || b.at(m) != EMPTY || engine.blockTable[m]) continue;
+      line[b.moveCount] = m;
+      const db::Position position{b.rule, b.height, b.width, std::span<const int32_t>(line, size_t(b.moveCount + 1))};
+      if (engine.database.probe(position) && !(b.rule == kRenju && side == BLACK && isForbidden(b, m)))
+        moves[count++] = {kTableMoveScore, m};
+    }
+  return count;
+}
+
 int reductionFor(int index, int depth, bool tactical) {
   if (tactical || index < kReduceAfter || depth < 3) return 0;
   return index >= kReduceMore && depth >= 6 ? 2 : 1;
@@ -119,6 +170,7 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
   if (countNode(s)) return 0;
   s.pvLength[ply] = ply;
   const Colour other = opponent(side);
+  if (int32_t known; probeDatabase(s, depth, ply, &known)) return known;
 
   // Step 1: immediate results from the threat sets.
   if (!b.threat(side, kFiveClass).empty()) return winIn(depth);
@@ -218,7 +270,7 @@ int32_t searchRoot(Searcher& s, int depth, Colour side) {
     transpositionTable.probe(b.hash, b.stoneCount(), depth, -kRootWindow, kRootWindow, side, tableMoves + tableCount,
                              3 - tableCount, &found);
     const MoveRequest request{side, tableMoves, tableCount + found, s.killers[0], engine.blockTable};
-    count = generateMoves(s, request, moves);
+    count = addDatabaseMoves(s, side, moves, generateMoves(s, request, moves));
   }
   t.singleReply = count == 1;
   if (realtime) sendLine("MESSAGE REALTIME REFRESH");

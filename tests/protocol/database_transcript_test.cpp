@@ -51,5 +51,23 @@ TEST(Transcript, DatabaseEditsPersistAcrossRuns) {
   std::remove((path + ".bak").c_str());
 }
 
+// A reply the database proves won is played, though the search would never
+// have looked so far from the stones.
+TEST(Transcript, SearchPlaysTheDatabaseWin) {
+  const std::string path = "/tmp/zorva-e2e-dbwin-" + std::to_string(getpid()) + ".db";
+  std::remove(path.c_str());
+  const EngineRun run = runEngine("START 15\nzvsetdatabase\n" + path +
+                                  "\nINFO usedatabase 1\nzvedittvddatabase 1 119 0 0\n7,7\n0,0\nDONE\n"
+                                  "TURN 7,7\nTAKEBACK 7,7\nEND\n");
+  EXPECT_EQ(run.exitCode, 0);
+  std::vector<std::string> moves;
+  for (const std::string& line : run.lines)
+    if (line.find(',') != std::string::npos && line.rfind("MESSAGE", 0) != 0) moves.push_back(line);
+  ASSERT_EQ(moves.size(), 1u);
+  EXPECT_TRUE(moves[0] == "0,0" || moves[0] == "0,14" || moves[0] == "14,0" || moves[0] == "14,14") << moves[0];
+  std::remove(path.c_str());
+  std::remove((path + ".bak").c_str());
+}
+
 }  // namespace
 }  // namespace zorva::testing
