@@ -1,6 +1,7 @@
 #include "board/values.h"
 
 #include <mutex>
+#include <utility>
 
 #include "board/patterns.h"
 
@@ -8,6 +9,7 @@ namespace zorva {
 
 int16_t patternValue[1 << 16];
 int16_t blackValue[1 << 16];
+int16_t learningTable[kLearningEntries];
 
 namespace {
 
@@ -59,17 +61,34 @@ int blackValueOf(uint32_t word) {
   return sum;
 }
 
+// The learning-table index of a pattern word: its four codes, largest first.
+int sortedIndex(uint32_t word) {
+  int c[4] = {code(word, 0), code(word, 1), code(word, 2), code(word, 3)};
+  for (int i = 1; i < 4; ++i)
+    for (int j = i; j > 0 && c[j] > c[j - 1]; --j) std::swap(c[j], c[j - 1]);
+  return learningIndex(c[0], c[1], c[2], c[3]);
+}
+
 std::once_flag filled;
 
 }  // namespace
 
+int learningIndex(int a, int b, int c, int d) { return a * 4096 + b * 256 + c * 16 + d; }
+
 void initValueTables() {
   std::call_once(filled, [] {
+    // valueOf does not depend on the order of the directions, so the
+    // table of sorted quadruples holds it whole.
     for (uint32_t word = 0; word < (1u << 16); ++word) {
-      patternValue[word] = int16_t(valueOf(word));
+      learningTable[sortedIndex(word)] = int16_t(valueOf(word));
       blackValue[word] = int16_t(blackValueOf(word));
     }
+    applyLearningTable();
   });
+}
+
+void applyLearningTable() {
+  for (uint32_t word = 0; word < (1u << 16); ++word) patternValue[word] = learningTable[sortedIndex(word)];
 }
 
 }  // namespace zorva

@@ -13,8 +13,19 @@ extern int16_t patternValue[1 << 16];
 extern int16_t blackValue[1 << 16];
 constexpr int kBlackValueThreshold = 158;
 
-// Fills both tables; idempotent and safe from several threads.
+// The learning table: one worth per unordered quadruple of direction codes,
+// entry (a, b, c, d) with a >= b >= c >= d at index a*4096 + b*256 + c*16 + d.
+// A cell's pattern value is the entry of its four codes sorted, so the table
+// fixes patternValue entirely; its built-in entries give the engine's own values.
+constexpr int kLearningEntries = 1 << 16;
+extern int16_t learningTable[kLearningEntries];
+int learningIndex(int a, int b, int c, int d);
+
+// Fills the tables; idempotent and safe from several threads.
 void initValueTables();
+// Refills patternValue from the learning table after entries were replaced.
+// Must run before any search thread starts.
+void applyLearningTable();
 
 // cellValue of a cell: the pattern value scaled by its room, 32 being full room.
 inline int scaledCellValue(uint32_t patternWord, int roomSum) {

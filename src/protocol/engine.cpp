@@ -9,7 +9,9 @@
 #include <sstream>
 #include <string>
 
+#include "board/values.h"
 #include "board/zobrist.h"
+#include "database/learning.h"
 #include "config/script.h"
 #include "protocol/benchmark.h"
 #include "protocol/commands.h"
@@ -23,6 +25,7 @@ namespace zorva {
 namespace {
 
 constexpr char kConfigFile[] = "config.c";
+constexpr char kLearningFile[] = "learning.txt";
 constexpr int kConfigExitStatus = 1;
 
 std::string programFolder;
@@ -79,6 +82,9 @@ void initEngine(const char* programPath) {
   engine.maxSide = engine.settings.boardSize;
   engine.benchmarkMode = engine.settings.benchmark;
   openDatabaseAtStart(programFolder.c_str());
+  initValueTables();
+  if (engine.settings.learning && db::readLearningFile(programFolder + kLearningFile, learningTable) > 0)
+    applyLearningTable();
 }
 
 int runEngine() {

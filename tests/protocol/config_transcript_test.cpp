@@ -58,5 +58,25 @@ TEST_F(ConfigTranscript, BenchmarkRunsWithoutInput) {
   EXPECT_EQ(moves, 18) << "three openings on two sizes under three rules";
 }
 
+// The value the engine reports for the same one-ply search, with and without
+// a learning file that makes every shape worth the same.
+TEST_F(ConfigTranscript, LearningFileIsReadOnlyWhenAsked) {
+  std::ofstream learning(folder / "learning.txt");
+  for (int i = 0; i < 3876; ++i) learning << "100\n";
+  learning.close();
+  const std::string turn = "INFO max_node -1\nINFO max_depth 1\nSTART 15\nTURN 7,7\nEND\n";
+  // The last field of the summary line: the value and its label.
+  const auto value = [](const EngineRun& r) {
+    for (const std::string& line : r.lines)
+      if (line.find(" | ") != std::string::npos) return line.substr(line.rfind(" | ") + 3);
+    return std::string("no summary");
+  };
+  const std::string plain = value(run("info_learning = 0;\n", turn));
+  EXPECT_NE(plain, "no summary");
+  EXPECT_NE(plain, value(run("info_learning = 1;\n", turn)));
+  fs::remove(folder / "learning.txt");
+  EXPECT_EQ(value(run("info_learning = 1;\n", turn)), plain) << "a missing file leaves the built-in values";
+}
+
 }  // namespace
 }  // namespace zorva::testing
