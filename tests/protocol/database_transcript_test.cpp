@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "protocol/engine_process.h"
@@ -49,6 +51,32 @@ TEST(Transcript, DatabaseEditsPersistAcrossRuns) {
                                       "MESSAGE DATABASE DONE", "MESSAGE DATABASE REFRESH", "MESSAGE DATABASE DONE"}));
   std::remove(path.c_str());
   std::remove((path + ".bak").c_str());
+}
+
+TEST(Transcript, DatabaseDeleteExportImportCheck) {
+  const std::string tag = std::to_string(getpid());
+  const std::string path = "/tmp/zorva-e2e-dbx-" + tag + ".db", text = "/tmp/zorva-e2e-dbx-" + tag + ".txt";
+  const std::string line3 = "7,7\n8,8\n9,9\nDONE\n";
+  const EngineRun run = runEngine("START 15\nzvsetdatabase\n" + path + "\nINFO usedatabase 1\n" +
+                                  "zvedittvddatabase 1 119 0 0\n7,7\n8,8\nDONE\n" + "zvedittvddatabase 1 108 0 0\n" +
+                                  line3 + "zvdbtotxt\n" + text + " -1\n" + "zvdeletedatabaseall\n7,7\n8,8\nDONE\n" +
+                                  "zvquerydatabaseone\n" + line3 + "zvtxttodb\n" + text + "\n" +
+                                  "zvquerydatabaseone\n" + line3 + "zvdeletedatabaseone\n" + line3 +
+                                  "zvquerydatabaseone\n" + line3 + "zvsetdatabase\n" + path + "\n" +
+                                  "zvdeletedatabaseiso\nzvsavedatabase\nzvloaddatabase\nzvdbcheck\nEND\n");
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.lines, (std::vector<std::string>{kGreeting, "OK", "MESSAGE DATABASE ONE 119 0 0",
+                                                 "MESSAGE DATABASE ONE 108 0 0", "MESSAGE Working ...", "MESSAGE Done",
+                                                 "MESSAGE DATABASE ONE -1 0 0", "MESSAGE DATABASE ONE -1 0 0 ",
+                                                 "MESSAGE DATABASE ONE -1 0 0",
+                                                 "MESSAGE Database check: 1 records, 0 problems"}));
+  // Proven positions are exported in their stored orientation, one per line.
+  const std::vector<std::string> exported = splitLines([&] {
+    std::ifstream in(text);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }());
+  EXPECT_EQ(exported, (std::vector<std::string>{" 7,7 6,6", " 7,7 6,6 5,5"}));
+  for (const std::string& f : {path, path + ".bak", text}) std::remove(f.c_str());
 }
 
 // A reply the database proves won is played, though the search would never

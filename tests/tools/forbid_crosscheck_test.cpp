@@ -1,6 +1,7 @@
 // The engine's Renju forbidden points against the referee's, which decides
-// them from the rules by walking lines: two independent implementations must
-// agree on every empty cell of many random positions.
+// them from the rules by walking lines and trying stones, sharing no code
+// with the engine: the two must agree on every empty cell of thousands of
+// play-like positions.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -13,34 +14,59 @@
 namespace zorva {
 namespace {
 
+constexpr int kSide = 15;
+
+// Compares every empty cell; returns how many the referee forbids.
+int compareAllCells(Board& engineBoard, referee::Board& refereeBoard, int game) {
+  int forbidden = 0;
+  for (int x = 0; x < kSide; ++x)
+    for (int y = 0; y < kSide; ++y) {
+      if (engineBoard.at(makeMove(x, y)) != EMPTY) continue;
+      const bool expected = referee::isForbidden(refereeBoard, x, y);
+      const uint64_t hash = engineBoard.hash;
+      EXPECT_EQ(isForbidden(engineBoard, makeMove(x, y)), expected)
+          << "cell " << x << "," << y << " in game " << game << " ("
+          << referee::forbiddenName(referee::forbiddenKind(refereeBoard, x, y)) << ")";
+      EXPECT_EQ(engineBoard.hash, hash);
+      forbidden += expected;
+    }
+  return forbidden;
+}
+
+// Games of alternating moves, black first, clustered like real play: each
+// stone near an earlier one. Black never plays a forbidden cell and a game
+// ends at the first five.
 TEST(RefereeCrossCheck, EngineAndRefereeAgreeOnForbiddenPoints) {
   initZobrist();
   static Board engineBoard;
   std::mt19937 rng(4242);
-  int forbiddenSeen = 0;
-  for (int game = 0; game < 3000; ++game) {
-    engineBoard.reset(15, 15, kRenju);
-    referee::Board refereeBoard(15, 15);
-    // Stones clustered near the centre make threes and fours often.
-    const int stones = 10 + int(rng() % 30);
-    for (int i = 0; i < stones; ++i) {
-      const int x = 4 + int(rng() % 7), y = 4 + int(rng() % 7);
-      if (engineBoard.at(makeMove(x, y)) != EMPTY) continue;
-      const Colour c = rng() % 2 ? BLACK : WHITE;
-      engineBoard.placeStone(makeMove(x, y), c);
-      refereeBoard.set(x, y, c == BLACK ? referee::kBlack : referee::kWhite);
-    }
-    for (int x = 0; x < 15; ++x)
-      for (int y = 0; y < 15; ++y) {
-        if (engineBoard.at(makeMove(x, y)) != EMPTY) continue;
-        const bool expected = referee::isForbidden(refereeBoard, x, y);
-        ASSERT_EQ(isForbidden(engineBoard, makeMove(x, y)), expected)
-            << "cell " << x << "," << y << " in game " << game << " ("
-            << referee::forbiddenName(referee::forbiddenKind(refereeBoard, x, y)) << ")";
-        forbiddenSeen += expected;
+  int positions = 0, forbiddenSeen = 0;
+  for (int game = 0; positions < 6000; ++game) {
+    engineBoard.reset(kSide, kSide, kRenju);
+    referee::Board refereeBoard(kSide, kSide);
+    int lastX = kSide / 2, lastY = kSide / 2;
+    for (int move = 0; move < 60; ++move) {
+      const referee::Stone stone = refereeBoard.toMove();
+      int x = 0, y = 0, tries = 0;
+      do {
+        x = lastX + int(rng() % 5) - 2;
+        y = lastY + int(rng() % 5) - 2;
+      } while (++tries < 50 && (!refereeBoard.inside(x, y) || refereeBoard.at(x, y) != referee::kEmpty ||
+                                (stone == referee::kBlack && referee::isForbidden(refereeBoard, x, y))));
+      if (tries >= 50) break;
+      const bool five = referee::makesFive(refereeBoard, x, y, stone, referee::Rule::Renju);
+      refereeBoard.set(x, y, stone);
+      engineBoard.placeStone(makeMove(x, y), stone == referee::kBlack ? BLACK : WHITE);
+      if (five) break;
+      if (rng() % 3 == 0) lastX = x, lastY = y;
+      if (move >= 8) {
+        forbiddenSeen += compareAllCells(engineBoard, refereeBoard, game);
+        ++positions;
+        if (::testing::Test::HasFailure()) return;
       }
+    }
   }
-  EXPECT_GT(forbiddenSeen, 100) << "the positions must exercise the rule";
+  EXPECT_GT(forbiddenSeen, 500) << "the positions must exercise the rule";
 }
 
 }  // namespace
