@@ -42,6 +42,16 @@ struct ThreatSet {
     return true;
   }
 
+  // The first cell in visiting order into *first; returns 0, 1, or 2 for two or more.
+  int firstOf(Move* first) const {
+    int n = 0;
+    forEach([&](Move m) {
+      if (n == 0) *first = m;
+      return ++n < 2;
+    });
+    return n;
+  }
+
   // Appends the cells to `out` in visiting order; returns how many.
   int collect(Move* out) const {
     int n = 0;

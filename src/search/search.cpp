@@ -34,16 +34,6 @@ constexpr int kDatabaseLost = 'l';
 
 int32_t winIn(int depth) { return kWin + depth; }
 
-// The first cell of a set, and whether it has two or more.
-int firstOf(const ThreatSet& set, Move* first) {
-  int n = 0;
-  set.forEach([&](Move m) {
-    if (n == 0) *first = m;
-    return ++n < 2;
-  });
-  return n;
-}
-
 // A winning open four: under Renju black must be allowed to play it.
 bool hasOpenFourWin(Board& b, Colour side) {
   const ThreatSet& set = b.threat(side, kOpenFourClass);
@@ -175,7 +165,7 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
   // Step 1: immediate results from the threat sets.
   if (!b.threat(side, kFiveClass).empty()) return winIn(depth);
   Move block = kNoMove;
-  const int opponentFives = firstOf(b.threat(other, kFiveClass), &block);
+  const int opponentFives = b.threat(other, kFiveClass).firstOf(&block);
   if (opponentFives == 0 && hasOpenFourWin(b, side)) return winIn(depth);
   if (opponentFives > 0) return forcedBlock(s, depth, ply, alpha, beta, side, block);
   if (ply >= kMaxPly - 2) return leafValue(s, ply, side);
@@ -258,8 +248,8 @@ int32_t searchRoot(Searcher& s, int depth, Colour side) {
   int count = 0;
   // Our five, else the block of theirs; a block black may not play loses
   // anyway, so then any legal move is as good.
-  const bool mustMove = firstOf(b.threat(side, kFiveClass), &forced) ||
-                        (firstOf(b.threat(opponent(side), kFiveClass), &forced) &&
+  const bool mustMove = b.threat(side, kFiveClass).firstOf(&forced) ||
+                        (b.threat(opponent(side), kFiveClass).firstOf(&forced) &&
                          !(b.rule == kRenju && side == BLACK && isForbidden(b, forced)));
   if (mustMove) {
     moves[count++] = {0, forced};

@@ -22,16 +22,6 @@ struct VcfRun {
 
 bool renjuBlack(const Board& b, Colour c) { return b.rule == kRenju && c == BLACK; }
 
-// Up to two cells of a threat set; returns how many it has (2 meaning two or more).
-int firstCells(const ThreatSet& set, Move* first) {
-  int n = 0;
-  set.forEach([&](Move m) {
-    if (n == 0) *first = m;
-    return ++n < 2;
-  });
-  return n;
-}
-
 // The cells where `side` makes a four: open fours first.
 int fourMoves(const Board& b, Colour side, Move* out) {
   int n = b.threat(side, kOpenFourClass).collect(out);
@@ -50,7 +40,7 @@ VcfCacheEntry& cacheSlot(Searcher& s, uint64_t key) { return s.vcfCache[key & (k
 int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
   Board& b = run.s.board;
   if (!b.threat(side, kFiveClass).empty()) {
-    if (firstMove) firstCells(b.threat(side, kFiveClass), firstMove);
+    if (firstMove) b.threat(side, kFiveClass).firstOf(firstMove);
     return 0;
   }
   if (budget < 2 || countNode(run.s)) return -1;
@@ -68,7 +58,7 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
   Move moves[kMaxStones];
   int count = 0;
   Move block = kNoMove;
-  const int threats = firstCells(b.threat(other, kFiveClass), &block);
+  const int threats = b.threat(other, kFiveClass).firstOf(&block);
   if (threats >= 2) return -1;
   if (threats == 1) {
     // The opponent's four must be blocked; only a block that is a four of ours keeps the attack going.
@@ -83,7 +73,7 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
     if (renjuBlack(b, side) && isForbidden(b, m)) continue;
     b.placeStone<Update::Light>(m, side);
     Move five = kNoMove;
-    const int fives = firstCells(b.threat(side, kFiveClass), &five);
+    const int fives = b.threat(side, kFiveClass).firstOf(&five);
     int plies = -1;
     if (fives >= 2 || (fives == 1 && renjuBlack(b, other) && isForbidden(b, five))) {
       plies = 2;  // two fives, or one black may not take
@@ -117,7 +107,7 @@ int32_t vcf(Searcher& s, int, Colour side) {
 Move quickWinMove(Searcher& s, Colour side) {
   const Board& b = s.board;
   Move m = kNoMove;
-  if (firstCells(b.threat(side, kFiveClass), &m)) return m;
+  if (b.threat(side, kFiveClass).firstOf(&m)) return m;
   VcfRun run{s};
   m = kNoMove;
   return attack(run, side, kMaxVcfPlies, &m) >= 0 ? m : kNoMove;
