@@ -50,27 +50,37 @@ void runConfiguration() {
   text << file.rdbuf();
 
   Settings& s = engine.settings;
-  Relaxed<int32_t>* const bound[] = {&s.cautionFactor, &s.hashSize,  &s.rule,          &s.showDetail,
-                                     &s.maxDepth,      &s.maxNode,   &s.boardSize,     &s.benchmark,
-                                     &s.learning,      &s.threadNum, &s.threadSplitDepth, &s.threeDef,
-                                     &s.pondering,     &s.useDatabase};
-  const char* const names[] = {"info_caution_factor", "info_hash_size",  "info_rule",      "info_show_detail",
-                               "info_max_depth",      "info_max_node",   "board_size",     "info_benchmark",
-                               "info_learning",       "info_thread_num", "info_thread_split_depth",
-                               "info_three_def",      "info_pondering",  "info_usedatabase"};
+  struct Bound {
+    const char* name;
+    Relaxed<int32_t>* setting;
+  };
+  const Bound bound[] = {{"info_caution_factor", &s.cautionFactor},
+                         {"info_hash_size", &s.hashSize},
+                         {"info_rule", &s.rule},
+                         {"info_show_detail", &s.showDetail},
+                         {"info_max_depth", &s.maxDepth},
+                         {"info_max_node", &s.maxNode},
+                         {"board_size", &s.boardSize},
+                         {"info_benchmark", &s.benchmark},
+                         {"info_learning", &s.learning},
+                         {"info_thread_num", &s.threadNum},
+                         {"info_thread_split_depth", &s.threadSplitDepth},
+                         {"info_three_def", &s.threeDef},
+                         {"info_pondering", &s.pondering},
+                         {"info_usedatabase", &s.useDatabase}};
   constexpr int kBound = int(std::size(bound));
   int32_t values[kBound];
   config::Binding bindings[kBound];
   for (int i = 0; i < kBound; ++i) {
-    values[i] = *bound[i];
-    bindings[i] = {names[i], &values[i]};
+    values[i] = *bound[i].setting;
+    bindings[i] = {bound[i].name, &values[i]};
   }
   const config::ScriptResult result = config::runScript(text.str(), bindings);
   if (!result.ok) {
     sendLine("ERROR (config) %s", result.error.c_str());
     std::exit(kConfigExitStatus);
   }
-  for (int i = 0; i < kBound; ++i) *bound[i] = values[i];
+  for (int i = 0; i < kBound; ++i) *bound[i].setting = values[i];
 }
 
 }  // namespace

@@ -21,11 +21,7 @@ uint32_t maxCode(uint32_t patternWord) {
 // Does the opponent's open three need an answer? Under Renju black's open
 // four points that black may not play threaten nothing.
 bool mustDefendThree(Board& b, Colour side) {
-  const Colour other = opponent(side);
-  const ThreatSet& openFours = b.threat(other, kOpenFourClass);
-  if (openFours.empty() || !engine.settings.threeDef) return false;
-  if (b.rule != kRenju || other != BLACK) return true;
-  return !openFours.forEach([&](Move m) { return isForbidden(b, m); });
+  return engine.settings.threeDef && hasPlayableOpenFour(b, opponent(side));
 }
 
 int32_t orderingScore(const Searcher& s, const Board& b, Move m, Colour side) {
@@ -36,6 +32,13 @@ int32_t orderingScore(const Searcher& s, const Board& b, Move m, Colour side) {
 
 }  // namespace
 
+bool hasPlayableOpenFour(Board& b, Colour side) {
+  const ThreatSet& set = b.threat(side, kOpenFourClass);
+  if (set.empty()) return false;
+  if (b.rule != kRenju || side != BLACK) return true;
+  return !set.forEach([&](Move m) { return isForbidden(b, m); });
+}
+
 bool isTacticalMove(const Board& b, Move m, Colour side) {
   const CellInfo& info = b.info[m];
   return maxCode(info.patternWord[colourIndex(side)]) >= kCodeThreeOne ||
@@ -45,24 +48,21 @@ bool isTacticalMove(const Board& b, Move m, Colour side) {
 int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
   Board& b = s.board;
   const Colour side = request.side, other = opponent(side);
-  bool candidate[kCellSlots] = {};
-  if (mustDefendThree(b, side)) {
+  // Against an open three only the rows' cells of the defence and four sets count.
+  const bool defend = mustDefendThree(b, side);
+  uint32_t defence[kMaxSide] = {};
+  if (defend)
     for (const ThreatSet* set : {&b.threat(other, kOpenFourClass), &b.threat(other, kFourClass),
                                  &b.threat(side, kFourClass), &b.threat(side, kOpenFourClass)})
-      set->forEach([&](Move m) { return candidate[m] = true; });
-  } else {
-    for (int row = 0; row < b.height; ++row)
-      for (int col = 0; col < b.width; ++col) {
-        const Move m = makeMove(row, col);
-        candidate[m] = b.at(m) == EMPTY && (b.info[m].patternWord[0] | b.info[m].patternWord[1]) != 0;
-      }
-  }
+      for (int row = 0; row < b.height; ++row) defence[row] |= set->rowMask[row];
 
   int count = 0;
   for (int row = 0; row < b.height; ++row)
     for (int col = 0; col < b.width; ++col) {
       const Move m = makeMove(row, col);
-      if (!candidate[m] || b.at(m) != EMPTY) continue;
+      const bool candidate = defend ? (defence[row] >> col & 1) != 0
+                                    : (b.info[m].patternWord[0] | b.info[m].patternWord[1]) != 0;
+      if (!candidate || b.at(m) != EMPTY) continue;
       if (request.blockTable && request.blockTable[m]) continue;
       if (b.rule == kRenju && side == BLACK && isForbidden(b, m)) continue;
       int32_t score = orderingScore(s, b, m, side);

@@ -23,6 +23,10 @@ struct MoveRequest {
 // Renju black never gets a forbidden cell.
 int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out);
 
+// True when `side` has an open-four point it may play (under Renju black
+// may not play a forbidden one).
+bool hasPlayableOpenFour(Board& b, Colour side);
+
 // True when a stone of `side` on `m` makes at least a three or blocks a four.
 bool isTacticalMove(const Board& b, Move m, Colour side);
 

@@ -34,14 +34,6 @@ constexpr int kDatabaseLost = 'l';
 
 int32_t winIn(int depth) { return kWin + depth; }
 
-// A winning open four: under Renju black must be allowed to play it.
-bool hasOpenFourWin(Board& b, Colour side) {
-  const ThreatSet& set = b.threat(side, kOpenFourClass);
-  if (set.empty()) return false;
-  if (b.rule != kRenju || side != BLACK) return true;
-  return !set.forEach([&](Move m) { return isForbidden(b, m); });
-}
-
 void updatePv(Searcher& s, int ply, Move m) {
   s.pv[ply][ply] = m;
   for (int i = ply + 1; i < s.pvLength[ply + 1]; ++i) s.pv[ply][i] = s.pv[ply + 1][i];
@@ -166,7 +158,7 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
   if (!b.threat(side, kFiveClass).empty()) return winIn(depth);
   Move block = kNoMove;
   const int opponentFives = b.threat(other, kFiveClass).firstOf(&block);
-  if (opponentFives == 0 && hasOpenFourWin(b, side)) return winIn(depth);
+  if (opponentFives == 0 && hasPlayableOpenFour(b, side)) return winIn(depth);
   if (opponentFives > 0) return forcedBlock(s, depth, ply, alpha, beta, side, block);
   if (ply >= kMaxPly - 2) return leafValue(s, ply, side);
 
