@@ -7,6 +7,7 @@
 #include "board/board.h"
 #include "database/database.h"
 #include "protocol/relaxed.h"
+#include "search/block_paths.h"
 #include "search/driver.h"
 
 namespace zorva {
@@ -65,6 +66,8 @@ struct EngineState {
 
   // Cells the engine must not choose, set by the front end (1 = blocked).
   int32_t blockTable[kCellSlots] = {};
+  // Positions the engine must not steer into; changed only while idle.
+  BlockPaths blockPaths;
 
   // The think driver's state between depths and turns.
   ThinkState think;

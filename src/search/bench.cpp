@@ -5,6 +5,7 @@
 
 #include "protocol/engine_state.h"
 #include "search/driver.h"
+#include "search/parallel.h"
 #include "search/search.h"
 #include "search/searcher.h"
 #include "search/tt.h"
@@ -55,6 +56,7 @@ int runBench(int depth, int threads) {
   engine.settings.maxNode = -1;  // depth alone ends each search, so the count does not depend on the clock
   engine.settings.threadNum = std::clamp(threads, 1, kMaxSearchers);
   transpositionTable.resize(kBenchHashSize);
+  startSearchThreads();
   Searcher& s = searcher(0);
   int64_t totalNodes = 0;
   const int64_t start = nowMs();
@@ -62,20 +64,25 @@ int runBench(int depth, int threads) {
     for (const BenchPosition& p : kPositions) {
       if (!setUp(s.board, p, rule)) return 1;
       transpositionTable.clear();
-      s.clearOrdering();
-      s.clearThreatCache();
-      s.nodes = 0;
+      for (int i = 0; i < searchThreads(); ++i) {
+        searcher(i).clearThreatCache();
+        searcher(i).nodes = 0;
+      }
       engine.think.bestMove = kNoMove;
+      engine.think.rootValue = 0;
       int32_t value = 0;
       for (int d = 1; d <= depth; ++d) {
         engine.think.currentDepth = d;
+        for (int i = 0; i < searchThreads(); ++i) searcher(i).clearOrdering();
         value = searchRoot(s, d, s.board.sideToMove());
+        engine.think.rootValue = value;
       }
+      const int64_t nodes = searcherNodes(searchThreads());
       const Move best = engine.think.bestMove;
       std::printf("rule %d %2dx%-2d %-28s best %c%d value %d nodes %lld\n", rule, p.side, p.side, p.moves,
                   best == kNoMove ? '-' : 'a' + rowOf(best), best == kNoMove ? 0 : colOf(best) + 1, value,
-                  static_cast<long long>(s.nodes));
-      totalNodes += s.nodes;
+                  static_cast<long long>(nodes));
+      totalNodes += nodes;
     }
   const int64_t ms = std::max<int64_t>(nowMs() - start, 1);
   std::printf("bench: %lld nodes %lld ms %lld nps\n", static_cast<long long>(totalNodes), static_cast<long long>(ms),

@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kBudgetShare = 24;            // a turn takes about 1/24 of the time left
 constexpr int kPonderShare = 16;
+constexpr int kDecisionShare = 8;           // a one-off decision may take more of the clock
 constexpr int32_t kRenjuBias = 75;          // black's edge under Renju, taken out of the stability test
 constexpr int32_t kUnstableValue = 149;
 constexpr int32_t kRootWindow = 100000000;
@@ -58,15 +59,21 @@ void setDepthBudget(const Settings& s, ThinkState& t, Colour side, const Board& 
   if (fitsEvenShare(s, t.timeBudget, board)) run.plentiful = true;
 }
 
+// A turn's deepening recomputes its budget at every depth and may stop
+// early; pondering keeps its budget; a decision also ignores the
+// stable-move and single-reply rules and runs until proven or out of time.
+enum class Deepen { Turn, Ponder, Decision };
+
 // Iterative deepening; returns what the last depth counted as done left.
 Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const Board& board, Colour side,
-                 bool quiet, bool pondering = false) {
+                 bool quiet, Deepen kind = Deepen::Turn) {
+  t.fixedBudget = kind != Deepen::Turn;
   Deepening run{s.startDepth - 1, t.rootValue, fitsEvenShare(s, t.timeBudget, board)};
   for (int depth = s.startDepth; !stopBeforeDepth(s, t, board, depth, run.plentiful); ++depth) {
     t.currentDepth = depth;
     t.singleReply = 0;
     t.previousBestMove = t.bestMove;
-    if (!pondering) setDepthBudget(s, t, side, board, run);
+    if (kind == Deepen::Turn) setDepthBudget(s, t, side, board, run);
     backend.startDepth();
     const int32_t value = backend.searchRoot(depth, side);
     backend.mergeStatistics();
@@ -89,13 +96,14 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
       reportDepth(depth, t.minRemainingDepth, value, nowMs() - t.turnStart, t.nodeCount, t.bestMove, board.height,
                   false);
     run = {depth, value, run.plentiful};
-    if (value > kProvenRoot || value < -kProvenRoot || (t.singleReply && depth > kEarlyStopDepth && s.earlyStop))
-      return run;
+    if (value > kProvenRoot || value < -kProvenRoot) return run;
+    if (kind != Deepen::Decision && t.singleReply && depth > kEarlyStopDepth && s.earlyStop) return run;
     t.rootValue = value;
     if (t.bestMove == t.previousBestMove) {
       ++t.stableCount;
       const int64_t elapsed = nowMs() - t.turnStart;
-      if (t.stableCount > kStableDepths && !run.plentiful && t.timeBudget < 8 * elapsed && nodeLimitOn(s.maxNode))
+      if (kind != Deepen::Decision && t.stableCount > kStableDepths && !run.plentiful && t.timeBudget < 8 * elapsed &&
+          nodeLimitOn(s.maxNode))
         return run;
     } else {
       t.stableCount = 0;
@@ -142,6 +150,26 @@ int32_t turnBudget(const Settings& s) {
 
 int32_t ponderBudget(const Settings& s) { return std::min(s.timeLeft / kPonderShare, int32_t(s.timeoutTurn)); }
 
+int32_t decisionBudget(const Settings& s) {
+  return int32_t(std::min<int64_t>(s.timeLeft / kDecisionShare + s.timeIncrement / 2, s.timeoutTurn));
+}
+
+int32_t runDecisionSearch(SearchBackend& backend, const Board& board) {
+  ThinkState& t = engine.think;
+  t.timeBudget = decisionBudget(engine.settings);
+  resetCounters(t);
+  t.turnStart = nowMs();
+  t.bestMove = kNoMove;
+  backend.prepare();
+  const Colour side = board.sideToMove();
+  t.rootValue = backend.evaluate(side);
+  const Deepening run = deepen(backend, engine.settings, t, board, side, true, Deepen::Decision);
+  t.elapsedMs = nowMs() - t.turnStart;
+  t.currentDepth = run.lastDone;
+  t.finalValue = run.lastValue;
+  return run.lastValue;
+}
+
 void runPonder(SearchBackend& backend, const Board& board) {
   ThinkState& t = engine.think;
   const Move bestMove = t.bestMove;
@@ -154,7 +182,7 @@ void runPonder(SearchBackend& backend, const Board& board) {
   t.bestMove = kNoMove;
   backend.prepare();
   t.rootValue = backend.evaluate(board.sideToMove());
-  deepen(backend, engine.settings, t, board, board.sideToMove(), true, true);
+  deepen(backend, engine.settings, t, board, board.sideToMove(), true, Deepen::Ponder);
   t.bestMove = bestMove;
   t.currentDepth = currentDepth;
   t.finalValue = finalValue;

@@ -32,6 +32,7 @@ struct ThinkState {
   int32_t builtRule = -1;  // rule the boards were last set up for; -1 for a new position
   int32_t drawAcceptable = 0;
   bool aborted = false;  // the last turn's deepening was cut short
+  bool fixedBudget = false;  // pondering and decisions keep their first budget
 };
 
 // The search as the driver sees it.
@@ -59,6 +60,9 @@ int64_t nowMs();
 int32_t turnBudget(const Settings& s);
 // Pondering takes a 16th of the time left, capped by the turn limit.
 int32_t ponderBudget(const Settings& s);
+// A decision search (whether to swap colours) takes an 8th of the time left
+// plus half the increment, capped by the turn limit.
+int32_t decisionBudget(const Settings& s);
 // The budget while deepening, longer when the value is unstable or dropping.
 int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB);
 
@@ -70,6 +74,11 @@ Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet = fals
 // opponent to move) until stopped or out of its budget, to fill the table;
 // prints nothing and leaves the think state of the last turn as it was.
 void runPonder(SearchBackend& backend, const Board& board);
+
+// Deepens on `board` for the side to move with the decision budget until a
+// value is proven or the budget runs out (an aborted depth's non-zero value
+// counts); returns the final value, from the side to move's view.
+int32_t runDecisionSearch(SearchBackend& backend, const Board& board);
 
 // Sets drawAcceptable from the final value of a turn.
 void updateDrawAcceptance(int32_t value, Colour side, bool singleReply, const Board& board);

@@ -5,6 +5,7 @@
 #include "board/eval.h"
 #include "protocol/engine_state.h"
 #include "protocol/output.h"
+#include "search/parallel.h"
 #include "search/search.h"
 #include "search/searcher.h"
 #include "search/tt.h"
@@ -33,8 +34,12 @@ void EngineSearch::prepare() {
     transpositionTable.resize(engine.settings.hashSize);
   transpositionTable.ensureRule(rule);
   copyBoard(engine.board, rootSearcher().board);
-  rootSearcher().clearThreatCache();
-  rootSearcher().minRemainingDepth = 0;
+  startSearchThreads();
+  for (int i = 0; i < searchThreads(); ++i) {
+    searcher(i).clearThreatCache();
+    searcher(i).minRemainingDepth = 0;
+    searcher(i).nodes = 0;
+  }
 }
 
 int32_t EngineSearch::evaluate(Colour side) {
@@ -42,7 +47,9 @@ int32_t EngineSearch::evaluate(Colour side) {
   return zorva::evaluate(s.board, side, s.scratch[0]);
 }
 
-void EngineSearch::startDepth() { rootSearcher().clearOrdering(); }
+void EngineSearch::startDepth() {
+  for (int i = 0; i < searchThreads(); ++i) searcher(i).clearOrdering();
+}
 
 int32_t EngineSearch::searchRoot(int depth, Colour side) { return zorva::searchRoot(rootSearcher(), depth, side); }
 
@@ -54,10 +61,12 @@ const Line& EngineSearch::principalVariation() {
 }
 
 void EngineSearch::mergeStatistics() {
-  Searcher& s = rootSearcher();
-  engine.think.nodeCount = engine.think.nodeCount + s.nodes;
-  engine.think.minRemainingDepth = std::min(engine.think.minRemainingDepth, s.minRemainingDepth);
-  s.nodes = 0;
+  for (int i = 0; i < searchThreads(); ++i) {
+    Searcher& s = searcher(i);
+    engine.think.nodeCount = engine.think.nodeCount + s.nodes;
+    engine.think.minRemainingDepth = std::min(engine.think.minRemainingDepth, s.minRemainingDepth);
+    s.nodes = 0;
+  }
 }
 
 Move EngineSearch::quickWinMove(Colour side) {

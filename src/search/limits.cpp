@@ -12,11 +12,13 @@ constexpr int64_t kTimeMarginMs = 30;  // the move must still travel to the mana
 
 bool countNode(Searcher& s) {
   if (engine.searchAborted) return true;
-  if (++s.nodes % kCheckInterval != 0) return false;
+  const int64_t counted = s.nodes + 1;
+  s.nodes = counted;
+  if (counted % kCheckInterval != 0) return false;
   const Settings& settings = engine.settings;
   const ThinkState& t = engine.think;
   const bool limited = settings.maxNode != -1;
-  const int64_t nodes = t.nodeCount + s.nodes;
+  const int64_t nodes = t.nodeCount + searcherNodes(settings.threadNum);
   const bool outOfNodes = limited && int64_t(settings.maxNode) < (nodes >> 10);
   const bool outOfTime = limited && nowMs() - t.turnStart + kTimeMarginMs >= t.timeBudget;
   if (outOfNodes || outOfTime || engine.stopFlag > 0) engine.searchAborted = 1;

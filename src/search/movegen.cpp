@@ -4,19 +4,14 @@
 
 #include "board/forbid.h"
 #include "board/values.h"
+#include "board/zobrist.h"
 #include "protocol/engine_state.h"
 
 namespace zorva {
 
 namespace {
 
-constexpr uint32_t kMaxCode = 15;
-
-uint32_t maxCode(uint32_t patternWord) {
-  uint32_t best = 0;
-  for (int d = 0; d < kDirections; ++d) best = std::max(best, patternWord >> (4 * d) & kMaxCode);
-  return best;
-}
+constexpr int kHistoryWeightCap = 24;  // history only breaks ties between similar cells
 
 // Does the opponent's open three need an answer? Under Renju black's open
 // four points that black may not play threaten nothing.
@@ -24,13 +19,54 @@ bool mustDefendThree(Board& b, Colour side) {
   return engine.settings.threeDef && hasPlayableOpenFour(b, opponent(side));
 }
 
-int32_t orderingScore(const Searcher& s, const Board& b, Move m, Colour side) {
+// The cells that answer an open three: its four and open-four points, and
+// our own fours. Black's points that black may not play need no answer.
+void defenceRows(Board& b, Colour side, uint32_t* rows) {
+  const Colour other = opponent(side);
+  const bool skipForbidden = b.rule == kRenju && other == BLACK;
+  for (const ThreatSet* set : {&b.threat(other, kOpenFourClass), &b.threat(other, kFourClass)})
+    set->forEach([&](Move m) {
+      if (!(skipForbidden && isForbidden(b, m))) rows[rowOf(m)] |= 1u << colOf(m);
+      return true;
+    });
+  for (int row = 0; row < b.height; ++row) rows[row] |= b.threat(side, kFourClass).rowMask[row];
+}
+
+// The mover's value of the cell less half the opponent's, so that cells
+// that build our shapes lead; the three stage brings the urgent blocks forward.
+int32_t orderingScore(const Searcher& s, const Board& b, Move m, Colour side, int ply) {
   const CellInfo& info = b.info[m];
-  return patternValue[info.patternWord[colourIndex(side)] & 0xFFFF] +
-         patternValue[info.patternWord[colourIndex(opponent(side))] & 0xFFFF] / 2 + s.history[m];
+  const int32_t own = patternValue[info.patternWord[colourIndex(side)] & 0xFFFF];
+  const int32_t theirs = patternValue[info.patternWord[colourIndex(opponent(side))] & 0xFFFF];
+  return own - theirs / 2 + std::min(s.history[ply][m], kHistoryWeightCap);
+}
+
+int32_t stageScore(const Board& b, Move m, Colour side, const Killer* killers) {
+  if (b.threat(side, kFourClass).contains(m)) return kFourStageScore;
+  if (b.threat(side, kThreeClass).contains(m) || b.threat(opponent(side), kThreeClass).contains(m))
+    return kThreeStageScore;
+  if (killers)
+    for (int i = 0; i < 2; ++i)
+      if (killers[i].move == m && killers[i].count == (b.info[m].patternWord[colourIndex(side)] & 0xFFFF))
+        return kKillerScore;
+  return 0;
 }
 
 }  // namespace
+
+bool leadsIntoBlockPath(const Board& b, Move m, Colour side) {
+  const BlockPaths& paths = engine.blockPaths;
+  if (!paths.marked(m)) return false;
+  // The front end's keys cover stones only, not the walls of a rectangle.
+  uint64_t key = zobristKeys[m][side];
+  for (int i = 0; i < b.moveCount; ++i) key ^= zobristKeys[b.moves[i]][b.at(b.moves[i])];
+  return paths.contains(key);
+}
+
+bool playable(Board& b, Move m, Colour side) {
+  return m >= 0 && m < kCellSlots && b.inside(rowOf(m), colOf(m)) && b.at(m) == EMPTY &&
+         !(b.rule == kRenju && side == BLACK && isForbidden(b, m)) && !leadsIntoBlockPath(b, m, side);
+}
 
 bool hasPlayableOpenFour(Board& b, Colour side) {
   const ThreatSet& set = b.threat(side, kOpenFourClass);
@@ -39,22 +75,12 @@ bool hasPlayableOpenFour(Board& b, Colour side) {
   return !set.forEach([&](Move m) { return isForbidden(b, m); });
 }
 
-bool isTacticalMove(const Board& b, Move m, Colour side) {
-  const CellInfo& info = b.info[m];
-  return maxCode(info.patternWord[colourIndex(side)]) >= kCodeThreeOne ||
-         maxCode(info.patternWord[colourIndex(opponent(side))]) >= kCodeFourDead;
-}
-
 int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
   Board& b = s.board;
-  const Colour side = request.side, other = opponent(side);
-  // Against an open three only the rows' cells of the defence and four sets count.
+  const Colour side = request.side;
   const bool defend = mustDefendThree(b, side);
   uint32_t defence[kMaxSide] = {};
-  if (defend)
-    for (const ThreatSet* set : {&b.threat(other, kOpenFourClass), &b.threat(other, kFourClass),
-                                 &b.threat(side, kFourClass), &b.threat(side, kOpenFourClass)})
-      for (int row = 0; row < b.height; ++row) defence[row] |= set->rowMask[row];
+  if (defend) defenceRows(b, side, defence);
 
   int count = 0;
   for (int row = 0; row < b.height; ++row)
@@ -64,12 +90,10 @@ int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
                                     : (b.info[m].patternWord[0] | b.info[m].patternWord[1]) != 0;
       if (!candidate || b.at(m) != EMPTY) continue;
       if (request.blockTable && request.blockTable[m]) continue;
+      if (std::find(request.skip, request.skip + request.skipCount, m) != request.skip + request.skipCount) continue;
       if (b.rule == kRenju && side == BLACK && isForbidden(b, m)) continue;
-      int32_t score = orderingScore(s, b, m, side);
-      for (int i = 0; i < request.tableCount; ++i)
-        if (request.tableMoves[i] == m) score = kTableMoveScore - i;
-      if (request.killers && (request.killers[0] == m || request.killers[1] == m)) score = std::max(score, kKillerScore);
-      out[count++] = {score, m};
+      if (leadsIntoBlockPath(b, m, side)) continue;
+      out[count++] = {stageScore(b, m, side, request.killers) + orderingScore(s, b, m, side, request.ply), m};
     }
   std::sort(out, out + count, [](const ScoredMove& a, const ScoredMove& c) { return a.score > c.score; });
   return count;

@@ -5,29 +5,36 @@
 
 namespace zorva {
 
-// Move ordering bonuses: moves from the table first, then killers, then the
-// rest by the value of the cell to both sides.
-constexpr int32_t kTableMoveScore = 1 << 29;
+// Stage bonuses: the threat-driven stages come first, in this order, and
+// each stage is ordered within by the value of the cell.
+constexpr int32_t kFourStageScore = 1 << 28;    // our four-making points
+constexpr int32_t kThreeStageScore = 1 << 27;   // three points of either side
 constexpr int32_t kKillerScore = 1 << 26;
+constexpr int32_t kTableMoveScore = 1 << 29;    // root only: the table's moves lead
 
 struct MoveRequest {
   Colour side;
-  const Move* tableMoves;
-  int tableCount;
-  const Move* killers;  // two, kNoMove for none
+  int ply;
+  const Move* skip;  // moves already searched at this node
+  int skipCount;
+  const Killer* killers;      // two, or null
   const int32_t* blockTable;  // cells the engine may not choose, or null
 };
 
 // Fills `out` with the moves worth searching, best first; returns how many.
 // Against an open three only the defences and our own fours are generated;
-// Renju black never gets a forbidden cell.
+// Renju black never gets a forbidden cell, and no move leads into a blocked path.
 int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out);
+
+// True when `side` may play `m`: a free cell of the board, not forbidden for
+// Renju black, not leading into a blocked path.
+bool playable(Board& b, Move m, Colour side);
 
 // True when `side` has an open-four point it may play (under Renju black
 // may not play a forbidden one).
 bool hasPlayableOpenFour(Board& b, Colour side);
 
-// True when a stone of `side` on `m` makes at least a three or blocks a four.
-bool isTacticalMove(const Board& b, Move m, Colour side);
+// True when `side` playing `m` reaches a position the front end blocked.
+bool leadsIntoBlockPath(const Board& b, Move m, Colour side);
 
 }  // namespace zorva

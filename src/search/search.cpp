@@ -1,15 +1,19 @@
 #include "search/search.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <span>
 
 #include "board/eval.h"
 #include "board/forbid.h"
+#include "board/values.h"
 #include "protocol/engine_state.h"
 #include "protocol/output.h"
 #include "search/limits.h"
 #include "search/movegen.h"
+#include "search/node.h"
+#include "search/parallel.h"
 #include "search/searcher.h"
 #include "search/tt.h"
 #include "search/vcf.h"
@@ -18,71 +22,123 @@ namespace zorva {
 
 namespace {
 
-constexpr int32_t kRootWindow = 100000000;
-constexpr int32_t kProvenNode = 9000000;   // beyond this a value is a proven result
-constexpr int kPruneMargin = 64;           // static pruning margin per ply
+constexpr int kPruneMargin = 64;  // static pruning margin per ply
 constexpr int kPruneDepth = 5;
-constexpr int kInternalDepthNull = 8;      // internal deepening when the table has no move
+constexpr int kInternalDepthNull = 8;  // internal deepening when the table has no move
 constexpr int kInternalDepthFull = 6;
-constexpr int kReduceAfter = 3;            // moves searched at full depth before reductions
-constexpr int kReduceMore = 10;
+constexpr int kInternalReduction = 2;
 constexpr int kHistoryCap = 1 << 20;
 constexpr int kRealtimeDepth = 8;
-// Result labels of database records, for the player who made the last move.
+constexpr int kTableMoves = 3;
+constexpr int kLateMoveDepth = 6;  // null-window nodes this shallow drop late quiet moves
+constexpr int kLateMoveBase = 3;
+
+// Reductions and extensions are in half plies of `extension`.
+constexpr int kReduceFrom = 158;       // moves worth less are never reduced
+constexpr int kWeakFourBelow = 164;    // a barely combined four ...
+constexpr int kCrampedCell = 24;       // ... on a cell with little room
+constexpr int kDeadComboBelow = 262;
+constexpr int kReduction = -5;
+constexpr int kWeakReduction = -10;
+constexpr int kDeadReduction = -40;
+constexpr int kThreatFrom = 8;         // moves from here to kReduceFrom may threaten a win
+constexpr int kSmallThreatBelow = 34;
+constexpr int kThreatExtension = 2;
+constexpr int kSmallThreatExtension = 1;
+constexpr int kMaxExtension = 4;
+constexpr int kFullScale = 40;         // edge-table entry of an unscaled reduction
+
+// Reductions shrink toward the centre, where a wasted four costs the least.
+constexpr int edgeWeight(int m) { return m <= 1 ? 40 : m == 2 ? 32 : m == 3 ? 26 : m == 4 ? 20 : 15; }
+constexpr int kEdgeTableSide = 16;
+constexpr auto kEdgeTable = [] {
+  std::array<std::array<int16_t, kEdgeTableSide>, kEdgeTableSide> t{};
+  for (int i = 0; i < kEdgeTableSide; ++i)
+    for (int j = 0; j < kEdgeTableSide; ++j) t[i][j] = int16_t(edgeWeight(std::min(i, j)));
+  return t;
+}();
+
+// Reduction factor in tenths by the node's evaluation: a side well ahead
+// keeps its forcing moves at full depth, a side behind cuts them short.
+int evalFactorTenths(int32_t e) {
+  constexpr int32_t kBounds[] = {600, 500, 400, 300, 200, 100, -99, -199, -299, -499};
+  constexpr int kTenths[] = {0, 1, 2, 4, 6, 8, 10, 11, 13, 16};
+  for (int i = 0; i < 10; ++i)
+    if (e >= kBounds[i]) return kTenths[i];
+  return 18;
+}
+
+// Database record labels, for the player who made the last move.
 constexpr int kDatabaseWon = 'w';
 constexpr int kDatabaseLost = 'l';
 
 int32_t winIn(int depth) { return kWin + depth; }
 
-void updatePv(Searcher& s, int ply, Move m) {
-  s.pv[ply][ply] = m;
-  for (int i = ply + 1; i < s.pvLength[ply + 1]; ++i) s.pv[ply][i] = s.pv[ply + 1][i];
-  s.pvLength[ply] = std::max(s.pvLength[ply + 1], ply + 1);
+int32_t nodeEval(Node& n) {
+  if (n.staticEval == kNoEval) n.staticEval = evaluate(n.s->board, n.side, n.s->scratch[n.ply]);
+  return n.staticEval;
 }
 
-void rememberCutoff(Searcher& s, int ply, int depth, Move m) {
-  if (s.killers[ply][0] != m) {
-    s.killers[ply][1] = s.killers[ply][0];
-    s.killers[ply][0] = m;
+// A dead four whose only other threat is a three with one way on: once the
+// four is blocked nothing is left, so the move is mostly a wasted threat.
+bool deadCombination(uint32_t word) {
+  int deadFours = 0, oneWayThrees = 0, others = 0;
+  for (int d = 0; d < kDirections; ++d) {
+    const uint32_t c = word >> (4 * d) & 15;
+    deadFours += c == kCodeFourDead;
+    oneWayThrees += c == kCodeThreeOne;
+    others += c >= kCodeThreeTwo && c != kCodeFourDead;
   }
-  s.history[m] = std::min(s.history[m] + depth * depth, kHistoryCap);
+  return deadFours == 1 && oneWayThrees == 1 && others == 0;
 }
 
-int32_t leafValue(Searcher& s, int ply, Colour side) { return evaluate(s.board, side, s.scratch[ply]); }
-
-// The only move when the opponent threatens five: block it.
-int32_t forcedBlock(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta, Colour side, Move block) {
-  Board& b = s.board;
-  if (b.rule == kRenju && side == BLACK && isForbidden(b, block)) return -winIn(depth - 1);
-  b.placeStone(block, side);
-  const int32_t value = -searchNode(s, depth - 1, ply + 1, -beta, -alpha, opponent(side));
-  b.removeStone(block);
-  if (engine.searchAborted) return 0;
-  updatePv(s, ply, block);
-  return value;
-}
-
-// The three best moves of a node, best first.
-struct BestThree {
-  int32_t values[3] = {-kRootWindow, -kRootWindow, -kRootWindow};
-  Move moves[3] = {kNoMove, kNoMove, kNoMove};
-  void add(int32_t value, Move m) {
-    int i = 3;
-    while (i > 0 && value > values[i - 1]) --i;
-    for (int j = 2; j > i; --j) {
-      values[j] = values[j - 1];
-      moves[j] = moves[j - 1];
-    }
-    if (i < 3) {
-      values[i] = value;
-      moves[i] = m;
-    }
+// A combined four that the node's threat search found not to win.
+int reduction(Node& n, Move m, uint32_t word, int pv) {
+  const Board& b = n.s->board;
+  const int c = b.info[m].cellValue[colourIndex(n.side)];
+  int r = pv < kDeadComboBelow && deadCombination(word) ? kDeadReduction
+          : pv < kWeakFourBelow && c < kCrampedCell    ? kWeakReduction
+                                                        : kReduction;
+  const int row = std::min(rowOf(m), b.height - 1 - rowOf(m)), col = std::min(colOf(m), b.width - 1 - colOf(m));
+  r = r * kEdgeTable[std::min(row, kEdgeTableSide - 1)][std::min(col, kEdgeTableSide - 1)] / kFullScale;
+  if (r != 0) {
+    if (c < 18) r = r * 11 / 10;
+    if (c < 15) r = r * 11 / 10;
+    if (c < 12) r = r * 13 / 10;
+    if (c > 22) r = r * 9 / 10;
+    r = r * evalFactorTenths(nodeEval(n)) / 10;
   }
-};
+  return n.opponentFive ? r / 4 : r;
+}
+
+// The child's extension: reduced for combined fours, extended on full-window
+// nodes for moves that threaten a win by continuous fours.
+int childExtension(Node& n, Move m) {
+  if (n.ply == 0) return 0;  // the root's moves are searched alike
+  Board& b = n.s->board;
+  const uint32_t word = b.info[m].patternWord[colourIndex(n.side)] & 0xFFFF;
+  const int pv = patternValue[word];
+  if (pv >= kReduceFrom) return n.extension + reduction(n, m, word, pv);
+  if (n.nullWindow || pv < kThreatFrom || n.depth < -(3 * engine.think.currentDepth) / 2) return n.extension;
+  b.placeStone<Update::Light>(m, n.side);
+  const bool threatens = vcf(*n.s, n.depth - 1, n.side) != 0;
+  b.removeStone<Update::Light>(m);
+  if (!threatens) return n.extension;
+  const int bonus = pv < kSmallThreatBelow ? kSmallThreatExtension : kThreatExtension;
+  return std::min(n.extension + bonus, kMaxExtension);
+}
+
+void rememberCutoff(Searcher& s, const Node& n, Move m) {
+  Killer* killers = s.killers[n.ply];
+  const uint32_t count = s.board.info[m].patternWord[colourIndex(n.side)] & 0xFFFF;
+  if (killers[0].move != m) killers[1] = killers[0];
+  killers[0] = {count, m};
+  s.history[n.ply][m] = std::min(s.history[n.ply][m] + std::max(n.depth, 1), kHistoryCap);
+}
 
 // The opening database near the root: positions proven won or lost end the
 // search, and at the root's children a stored value deep enough stands for it.
-bool probeDatabase(const Searcher& s, int depth, int ply, int32_t* value) {
+bool probeDatabase(const Searcher& s, int effDepth, int ply, int32_t* value) {
   const Settings& settings = engine.settings;
   if (!settings.useDatabase || ply > settings.dbDepthWl || !engine.database.inUse()) return false;
   const Board& b = s.board;
@@ -90,14 +146,14 @@ bool probeDatabase(const Searcher& s, int depth, int ply, int32_t* value) {
   const std::optional<db::ResultFields> record = engine.database.probe(position);
   if (!record) return false;
   if (record->t == kDatabaseLost) {
-    *value = winIn(depth);
+    *value = winIn(effDepth);
     return true;
   }
   if (record->t == kDatabaseWon) {
-    *value = -winIn(depth);
+    *value = -winIn(effDepth);
     return true;
   }
-  if (ply <= 1 && depth > 0 && record->d >= depth) {
+  if (ply <= 1 && effDepth > 0 && record->d >= effDepth) {
     *value = record->v;
     return true;
   }
@@ -117,168 +173,269 @@ int addDatabaseMoves(Searcher& s, Colour side, ScoredMove* moves, int count) {
   for (int row = 0; row < b.height; ++row)
     for (int col = 0; col < b.width; ++col) {
       const Move m = makeMove(row, col);
-      if (listed[m] || b.at(m) != EMPTY || engine.blockTable[m]) continue;
+      if (listed[m] || engine.blockTable[m] || !playable(b, m, side)) continue;
       line[b.moveCount] = m;
       const db::Position position{b.rule, b.height, b.width, std::span<const int32_t>(line, size_t(b.moveCount + 1))};
-      if (engine.database.probe(position) && !(b.rule == kRenju && side == BLACK && isForbidden(b, m)))
-        moves[count++] = {kTableMoveScore, m};
+      if (engine.database.probe(position)) moves[count++] = {kTableMoveScore, m};
     }
   return count;
 }
 
-int reductionFor(int index, int depth, bool tactical) {
-  if (tactical || index < kReduceAfter || depth < 3) return 0;
-  return index >= kReduceMore && depth >= 6 ? 2 : 1;
+// The only move when the opponent threatens five: block it (black may not
+// block on a forbidden cell, and then loses).
+int32_t forcedBlock(Node& n, Move block) {
+  Board& b = n.s->board;
+  if (b.rule == kRenju && n.side == BLACK && isForbidden(b, block)) return -winIn(n.depth - 1);
+  const int32_t value = searchChild(n, block, 0, n.alpha);
+  if (engine.searchAborted || abandoned(n.s->activeSplit)) return 0;
+  updatePv(*n.s, n.ply, block);
+  return value;
 }
 
-// Searches one move with the principal-variation scheme: a null window
-// first (reduced for late quiet moves), the full window when it may improve.
-int32_t searchMove(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta, Colour side, int index,
-                   int reduction) {
-  const Colour other = opponent(side);
-  if (index == 0) return -searchNode(s, depth - 1, ply + 1, -beta, -alpha, other);
-  int32_t value = -searchNode(s, depth - 1 - reduction, ply + 1, -alpha - 1, -alpha, other);
-  if (value > alpha && reduction > 0 && !engine.searchAborted)
-    value = -searchNode(s, depth - 1, ply + 1, -alpha - 1, -alpha, other);
-  if (value > alpha && value < beta && beta - alpha > 1 && !engine.searchAborted)
-    value = -searchNode(s, depth - 1, ply + 1, -beta, -alpha, other);
-  return value;
+// Null-window nodes near the leaves keep only the best-ordered quiet moves:
+// a cell that neither threatens nor blocks rarely refutes anything there.
+// The threat stages and the killers are always kept.
+int candidateLimit(const Node& n, const ScoredMove* moves, int count) {
+  if (!n.nullWindow || n.effDepth > kLateMoveDepth) return count;
+  int urgent = 0;
+  while (urgent < count && moves[urgent].score >= kKillerScore) ++urgent;
+  return std::min(count, urgent + kLateMoveBase + n.effDepth * (n.effDepth + 1));
+}
+
+// The table's moves that are still playable here.
+int usableTableMoves(Board& b, Colour side, Move* moves, int count) {
+  int kept = 0;
+  for (int i = 0; i < count; ++i)
+    if (playable(b, moves[i], side)) moves[kept++] = moves[i];
+  return kept;
+}
+
+// Searches the node's moves; returns true when the search must give up
+// (aborted, or the work was abandoned by a cut-off elsewhere).
+bool searchMoves(Node& n, const Move* tableMoves, int tableCount) {
+  Searcher& s = *n.s;
+  for (int i = 0; i < tableCount; ++i) {
+    const int32_t value = searchChild(n, tableMoves[i], n.searched, n.alpha);
+    if (engine.searchAborted || abandoned(s.activeSplit)) return true;
+    if (recordResult(n, tableMoves[i], value)) return false;
+  }
+  ScoredMove* moves = s.moveLists[n.ply];
+  const MoveRequest request{n.side, n.ply, tableMoves, tableCount, s.killers[n.ply], nullptr};
+  const int count = candidateLimit(n, moves, generateMoves(s, request, moves));
+  for (int i = 0; i < count; ++i) {
+    if (n.searched > 0 && i + 1 < count && canSplit(n)) {
+      const SplitResult split = splitNode(n, moves + i, count - i);
+      if (split != SplitResult::NoHelper) return split == SplitResult::Abandoned;
+    }
+    const int32_t value = searchChild(n, moves[i].move, n.searched, n.alpha);
+    if (engine.searchAborted || abandoned(s.activeSplit)) return true;
+    if (recordResult(n, moves[i].move, value)) return false;
+  }
+  return false;
 }
 
 }  // namespace
 
-int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta, Colour side) {
+void BestThree::add(int32_t value, Move m) {
+  int i = 3;
+  while (i > 0 && value > values[i - 1]) --i;
+  for (int j = 2; j > i; --j) {
+    values[j] = values[j - 1];
+    moves[j] = moves[j - 1];
+  }
+  if (i < 3) {
+    values[i] = value;
+    moves[i] = m;
+  }
+}
+
+bool isHeuristic(int32_t value) { return value > -kProvenNode && value < kProvenNode; }
+
+void updatePv(Searcher& s, int ply, Move m) {
+  s.pv[ply][ply] = m;
+  for (int i = ply + 1; i < s.pvLength[ply + 1]; ++i) s.pv[ply][i] = s.pv[ply + 1][i];
+  s.pvLength[ply] = std::max(s.pvLength[ply + 1], ply + 1);
+}
+
+int32_t searchChild(Node& n, Move m, int index, int32_t alpha) {
+  Searcher& s = *n.s;
+  Board& b = s.board;
+  const Colour other = opponent(n.side);
+  const int extension = childExtension(n, m);
+  b.placeStone(m, n.side);
+  int32_t value;
+  if (index == 0 || n.nullWindow) {
+    value = -searchNode(s, n.depth - 1, n.ply + 1, -n.beta, -alpha, other, extension);
+  } else {
+    value = -searchNode(s, n.depth - 1, n.ply + 1, -alpha - 1, -alpha, other, extension);
+    if (value > alpha && value < n.beta && !engine.searchAborted)
+      value = -searchNode(s, n.depth - 1, n.ply + 1, -n.beta, -alpha, other, extension);
+  }
+  b.removeStone(m);
+  return value;
+}
+
+bool recordResult(Node& n, Move m, int32_t value) {
+  ++n.searched;
+  if (isHeuristic(value) && value < n.alpha) value = n.alpha;
+  n.best.add(value, m);
+  if (value > n.alpha) {
+    n.alpha = value;
+    updatePv(*n.s, n.ply, m);
+  }
+  if (value < n.beta) return false;
+  rememberCutoff(*n.s, n, m);
+  return true;
+}
+
+int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta, Colour side, int extension) {
   Board& b = s.board;
   if (countNode(s)) return 0;
+  if (ply >= kMaxPly - 2) return evaluate(b, side, s.scratch[ply]);
   s.pvLength[ply] = ply;
   const Colour other = opponent(side);
-  if (int32_t known; probeDatabase(s, depth, ply, &known)) return known;
+  Node n(&s, depth, ply, extension, alpha, beta, side);
+  if (int32_t known; probeDatabase(s, n.effDepth, ply, &known)) return known;
 
-  // Step 1: immediate results from the threat sets.
+  // Immediate results from the threat sets.
   if (!b.threat(side, kFiveClass).empty()) return winIn(depth);
   Move block = kNoMove;
-  const int opponentFives = b.threat(other, kFiveClass).firstOf(&block);
-  if (opponentFives == 0 && hasPlayableOpenFour(b, side)) return winIn(depth);
-  if (opponentFives > 0) return forcedBlock(s, depth, ply, alpha, beta, side, block);
-  if (ply >= kMaxPly - 2) return leafValue(s, ply, side);
+  n.opponentFive = b.threat(other, kFiveClass).firstOf(&block) > 0;
+  if (!n.opponentFive && hasPlayableOpenFour(b, side)) return winIn(depth);
+  if (n.opponentFive) return forcedBlock(n, block);
 
-  // Step 2: the table, then the threat search.
-  const bool nullWindow = beta - alpha == 1;
+  // The table, then the threat search, the leaf and static pruning.
   const int stones = b.stoneCount();
-  Move tableMoves[3];
+  Move tableMoves[kTableMoves];
   int tableCount = 0;
-  const int32_t stored = transpositionTable.probe(b.hash, stones, depth, alpha, beta, side, tableMoves, 3, &tableCount);
-  if (nullWindow && stored != kNoValue) return stored;
+  const int32_t stored =
+      transpositionTable.probe(b.hash, stones, n.effDepth, alpha, beta, side, tableMoves, kTableMoves, &tableCount);
+  if (n.nullWindow && stored != kNoValue) return stored;
   if (const int32_t r = vcf(s, depth, side)) {
     const int32_t value = depth - kVcfDepthBase + r;
-    transpositionTable.store(b.hash, stones, depth, value, kBoundExact, side);
+    transpositionTable.store(b.hash, stones, n.effDepth, value, kBoundExact, side);
     return value;
   }
   if (engine.searchAborted) return 0;
-
-  // Step 3: leaves and static pruning.
-  if (depth < 1) {
+  if (depth + ((extension & ~3) >> 1) < 1) {
     s.minRemainingDepth = std::min(s.minRemainingDepth, depth);
-    const int32_t value = leafValue(s, ply, side);
-    transpositionTable.store(b.hash, stones, depth, value, kBoundExact, side);
+    const int32_t value = nodeEval(n);
+    transpositionTable.store(b.hash, stones, n.effDepth, value, kBoundExact, side);
     return value;
   }
-  if (nullWindow && depth < kPruneDepth && engine.settings.cautionFactor < 2) {
-    const int32_t e = leafValue(s, ply, side);
-    const int32_t margin = kPruneMargin * std::max(1, depth);
+  if (n.nullWindow && n.effDepth < kPruneDepth && engine.settings.cautionFactor < 2) {
+    const int32_t e = nodeEval(n), margin = kPruneMargin * std::max(1, n.effDepth);
     if (e + margin <= alpha) return alpha;
     if (beta <= e - margin) return beta;
   }
 
-  // Step 4: internal deepening gives a move to try first when the table has none.
-  if (tableCount == 0 && depth >= (nullWindow ? kInternalDepthNull : kInternalDepthFull)) {
-    searchNode(s, depth - 2, ply, alpha, beta, side);
-    if (engine.searchAborted) return 0;
-    transpositionTable.probe(b.hash, stones, depth, alpha, beta, side, tableMoves, 3, &tableCount);
+  // Internal deepening gives a move to try first when the table has none.
+  tableCount = usableTableMoves(b, side, tableMoves, tableCount);
+  if (tableCount == 0 && n.effDepth >= (n.nullWindow ? kInternalDepthNull : kInternalDepthFull)) {
+    const int32_t inner = searchNode(s, depth - kInternalReduction, ply, alpha, beta, side, extension);
+    if (engine.searchAborted || abandoned(s.activeSplit)) return 0;
+    if (n.nullWindow && inner >= beta && inner > kProvenNode) {
+      transpositionTable.store(b.hash, stones, n.effDepth, inner, kBoundLower, side, s.pv[ply][ply]);
+      return inner;
+    }
+    transpositionTable.probe(b.hash, stones, n.effDepth, alpha, beta, side, tableMoves, kTableMoves, &tableCount);
+    tableCount = usableTableMoves(b, side, tableMoves, tableCount);
+    s.pvLength[ply] = ply;
   }
 
-  // Step 5: the moves.
-  ScoredMove* moves = s.moveLists[ply];
-  const MoveRequest request{side, tableMoves, tableCount, s.killers[ply], nullptr};
-  const int count = generateMoves(s, request, moves);
-  if (count == 0) return leafValue(s, ply, side);
-
-  const int32_t alphaBefore = alpha;
-  BestThree best;
-  for (int i = 0; i < count; ++i) {
-    const Move m = moves[i].move;
-    const int reduction = reductionFor(i, depth, moves[i].score >= kKillerScore || isTacticalMove(b, m, side));
-    b.placeStone(m, side);
-    int32_t value = searchMove(s, depth, ply, alpha, beta, side, i, reduction);
-    b.removeStone(m);
-    if (engine.searchAborted) return 0;
-    if (value > -kProvenNode && value < kProvenNode && value < alpha) value = alpha;
-    best.add(value, m);
-    if (value > alpha) {
-      alpha = value;
-      updatePv(s, ply, m);
-    }
-    if (value >= beta) {
-      rememberCutoff(s, ply, depth, m);
-      break;
-    }
-  }
-  const int32_t value = best.values[0];
-  const Bound bound = value >= beta ? kBoundLower : value > alphaBefore ? kBoundExact : kBoundUpper;
-  transpositionTable.store(b.hash, stones, depth, value, bound, side, best.moves[0], best.moves[1], best.moves[2]);
+  if (searchMoves(n, tableMoves, tableCount)) return 0;
+  if (n.searched == 0) return nodeEval(n);
+  const int32_t value = n.best.values[0];
+  const Bound bound = value >= beta ? kBoundLower : value > alpha ? kBoundExact : kBoundUpper;
+  transpositionTable.store(b.hash, stones, n.effDepth, value, bound, side, n.best.moves[0], n.best.moves[1],
+                           n.best.moves[2]);
   return value;
 }
 
-int32_t searchRoot(Searcher& s, int depth, Colour side) {
+namespace {
+
+constexpr int32_t kBigDrop = 968;  // a fall this large is a refutation, not noise
+constexpr int32_t kDropFloor = 30;
+
+// Tested between root moves against the last depth's value: flag A marks a
+// collapse, flag B a fall by a quarter of the value; either gives the turn
+// more time at once, so the running depth can still find a better move.
+void testDrops(int32_t bestSoFar, int32_t reference) {
+  ThinkState& t = engine.think;
+  if (t.fixedBudget || !isHeuristic(bestSoFar) || !isHeuristic(reference)) return;
+  const bool collapse = !t.dropFlagA && bestSoFar < reference - kBigDrop;
+  const bool fall = !t.dropFlagB && bestSoFar < reference - std::abs(reference) / 4 - kDropFloor;
+  if (collapse) t.dropFlagA = 1;
+  if (fall) t.dropFlagB = 1;
+  if (collapse || fall) t.timeBudget = depthBudget(engine.settings, t.valueUnstable, t.dropFlagA, t.dropFlagB);
+}
+
+// The root's moves: our five, else the block of theirs (a block black may
+// not play loses anyway, so then any move is as good), else the previous
+// best, the table's moves and the generated ones.
+int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
   Board& b = s.board;
+  ThinkState& t = engine.think;
+  Move forced = kNoMove;
+  if (b.threat(side, kFiveClass).firstOf(&forced) ||
+      (b.threat(opponent(side), kFiveClass).firstOf(&forced) &&
+       !(b.rule == kRenju && side == BLACK && isForbidden(b, forced)))) {
+    moves[0] = {0, forced};
+    return 1;
+  }
+  auto usable = [&](Move m) { return playable(b, m, side) && !engine.blockTable[m]; };
+  Move first[kTableMoves + 1];
+  int firstCount = 0;
+  if (t.bestMove != kNoMove && usable(t.bestMove)) first[firstCount++] = t.bestMove;
+  Move stored[kTableMoves];
+  int found = 0;
+  transpositionTable.probe(b.hash, b.stoneCount(), depth, -kRootWindow, kRootWindow, side, stored, kTableMoves,
+                           &found);
+  for (int i = 0; i < found; ++i)
+    if (usable(stored[i]) && std::find(first, first + firstCount, stored[i]) == first + firstCount)
+      first[firstCount++] = stored[i];
+  int count = 0;
+  for (int i = 0; i < firstCount; ++i) moves[count++] = {kTableMoveScore - i, first[i]};
+  const MoveRequest request{side, 0, first, firstCount, s.killers[0], engine.blockTable};
+  count += generateMoves(s, request, moves + count);
+  return addDatabaseMoves(s, side, moves, count);
+}
+
+}  // namespace
+
+int32_t searchRoot(Searcher& s, int depth, Colour side) {
   ThinkState& t = engine.think;
   s.pvLength[0] = 0;
   const bool realtime = depth >= kRealtimeDepth && engine.settings.showDetail && !engine.ponderActive;
-
-  Move forced = kNoMove;
+  const int32_t reference = t.rootValue;
   ScoredMove* moves = s.moveLists[0];
-  int count = 0;
-  // Our five, else the block of theirs; a block black may not play loses
-  // anyway, so then any legal move is as good.
-  const bool mustMove = b.threat(side, kFiveClass).firstOf(&forced) ||
-                        (b.threat(opponent(side), kFiveClass).firstOf(&forced) &&
-                         !(b.rule == kRenju && side == BLACK && isForbidden(b, forced)));
-  if (mustMove) {
-    moves[count++] = {0, forced};
-  } else {
-    Move tableMoves[3] = {t.bestMove, kNoMove, kNoMove};
-    int tableCount = t.bestMove != kNoMove && b.at(t.bestMove) == EMPTY ? 1 : 0;
-    int found = 0;
-    transpositionTable.probe(b.hash, b.stoneCount(), depth, -kRootWindow, kRootWindow, side, tableMoves + tableCount,
-                             3 - tableCount, &found);
-    const MoveRequest request{side, tableMoves, tableCount + found, s.killers[0], engine.blockTable};
-    count = addDatabaseMoves(s, side, moves, generateMoves(s, request, moves));
-  }
+  const int count = rootMoves(s, depth, side, moves);
   t.singleReply = count == 1;
   if (realtime) sendLine("MESSAGE REALTIME REFRESH");
 
-  int32_t alpha = -kRootWindow;
+  Node n(&s, depth, 0, 0, -kRootWindow, kRootWindow, side);
   for (int i = 0; i < count; ++i) {
     const Move m = moves[i].move;
     if (realtime) sendLine("MESSAGE REALTIME POS %d,%d", rowOf(m), colOf(m));
-    b.placeStone(m, side);
-    const int32_t value = searchMove(s, depth, 0, alpha, kRootWindow, side, i, 0);
-    b.removeStone(m);
-    if (engine.searchAborted) return alpha == -kRootWindow ? 0 : alpha;
+    const int32_t value = searchChild(n, m, i, n.alpha);
+    if (engine.searchAborted) return n.searched > 0 ? n.alpha : 0;
     if (realtime) sendLine("MESSAGE REALTIME DONE %d,%d", rowOf(m), colOf(m));
     if (realtime && value < -kProvenNode) sendLine("MESSAGE REALTIME LOSE %d,%d", rowOf(m), colOf(m));
-    if (value > alpha) {
-      alpha = value;
+    const int32_t before = n.alpha;
+    recordResult(n, m, value);
+    testDrops(n.alpha, reference);
+    if (n.alpha > before) {
       t.bestMove = m;
-      updatePv(s, 0, m);
       if (realtime) {
         sendLine("MESSAGE REALTIME BEST %d,%d", rowOf(m), colOf(m));
         sendLine("MESSAGE REALTIME VAL %d", std::clamp(value, -10000, 10000));
       }
     }
   }
-  if (count > 0) transpositionTable.store(b.hash, b.stoneCount(), depth, alpha, kBoundExact, side, t.bestMove);
-  return count > 0 ? alpha : 0;
+  if (count == 0) return 0;
+  transpositionTable.store(s.board.hash, s.board.stoneCount(), depth, n.alpha, kBoundExact, side, n.best.moves[0],
+                           n.best.moves[1], n.best.moves[2]);
+  return n.alpha;
 }
 
 }  // namespace zorva

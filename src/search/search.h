@@ -10,8 +10,10 @@ namespace zorva {
 
 struct Searcher;
 
-// Searches the searcher's board to `depth` plies; `ply` counts from the root.
-int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta, Colour side);
+// Searches the searcher's board to `depth` plies; `ply` counts from the root
+// and `extension` is the half plies gained or lost on the way (depth +
+// extension / 2 is the depth that counts).
+int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta, Colour side, int extension);
 
 // Searches the root: writes bestMove, singleReply and the principal
 // variation into the think state and the searcher, prints the REALTIME

@@ -10,8 +10,14 @@ Searcher searchers[kMaxSearchers];
 
 Searcher& searcher(int index) { return searchers[index >= 1 && index < kMaxSearchers ? index : 0]; }
 
+int64_t searcherNodes(int count) {
+  int64_t total = 0;
+  for (int i = 0; i < count && i < kMaxSearchers; ++i) total += searchers[i].nodes;
+  return total;
+}
+
 void Searcher::clearOrdering() {
-  std::memset(killers, 0xFF, sizeof killers);
+  for (auto& pair : killers) pair[0] = pair[1] = {0, kNoMove};
   std::memset(history, 0, sizeof history);
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "protocol/relaxed.h"
 
 namespace zorva {
 
@@ -17,6 +18,13 @@ struct ScoredMove {
   Move move;
 };
 
+// A move that cut a node off, offered again only while its cell still makes
+// the same shapes for the mover (`count` is the mover's pattern word there).
+struct Killer {
+  uint32_t count;
+  Move move;
+};
+
 // A remembered threat-search result for a position and attacker.
 struct VcfCacheEntry {
   uint64_t key;
@@ -24,15 +32,18 @@ struct VcfCacheEntry {
   int16_t budget;  // the ply budget the result holds for
 };
 
+struct SplitPoint;
+
 struct Searcher {
   Board board;
-  int64_t nodes = 0;
+  Relaxed<int64_t> nodes{0};  // summed by any thread for the node limit
   int32_t minRemainingDepth = 0;
+  SplitPoint* activeSplit = nullptr;  // the innermost shared node this thread works under
   ScoredMove moveLists[kMaxPly][kMaxStones];
   Move pv[kMaxPly][kMaxPly];
   int pvLength[kMaxPly];
-  Move killers[kMaxPly][2];
-  int32_t history[kCellSlots];
+  Killer killers[kMaxPly][2];
+  int32_t history[kMaxPly][kCellSlots];
   Move scratch[kMaxPly][kMaxStones];  // evaluation's threat-cell lists
   VcfCacheEntry vcfCache[kVcfCacheSize];
 
@@ -44,5 +55,8 @@ struct Searcher {
 
 // Instance `index`; an index outside 1..7 yields instance 0.
 Searcher& searcher(int index);
+
+// Nodes counted by searchers 0 .. count - 1 since their counters were reset.
+int64_t searcherNodes(int count);
 
 }  // namespace zorva

@@ -4,12 +4,14 @@
 
 #include "protocol/engine_state.h"
 #include "search/engine_search.h"
+#include "search/movegen.h"
 
 namespace zorva {
 
 namespace {
 bool usable(const Board& board, const int32_t* blockTable, Move m) {
-  return board.inside(rowOf(m), colOf(m)) && board.at(m) == EMPTY && blockTable[m] == 0;
+  return board.inside(rowOf(m), colOf(m)) && board.at(m) == EMPTY && blockTable[m] == 0 &&
+         !leadsIntoBlockPath(board, m, board.sideToMove());
 }
 }  // namespace
 

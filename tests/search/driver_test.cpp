@@ -196,6 +196,24 @@ TEST_F(DriverTest, NoNodeLimitIgnoresTimeUntilStopped) {
   EXPECT_EQ(search.depths.size(), 12u);
 }
 
+TEST_F(DriverTest, DecisionSearchIgnoresSingleRepliesAndKeepsAnAbortedValue) {
+  engine.settings.timeLeft = 80000;
+  engine.settings.timeIncrement = 2000;
+  engine.settings.maxDepth = 9;
+  search.onDepth = [](int depth) {
+    EXPECT_EQ(engine.think.timeBudget, 80000 / 8 + 1000) << "the budget stays as it started";
+    engine.think.bestMove = makeMove(7, 8);
+    engine.think.singleReply = 1;
+    engine.think.dropFlagA = 1;  // would lengthen a turn's budget
+    if (depth < 7) return -30;
+    engine.searchAborted = 1;
+    return -45;
+  };
+  EXPECT_EQ(runDecisionSearch(search, board), -45);
+  EXPECT_EQ(search.depths.size(), 7u);
+  EXPECT_TRUE(lines().empty()) << "a decision prints nothing of its own";
+}
+
 TEST_F(DriverTest, EmptyBoardNeedsNoSearch) {
   board.reset(15, 15, 0);
   search.onDepth = [](int) { return 0; };
@@ -217,6 +235,10 @@ TEST(Budget, Formulas) {
   EXPECT_EQ(depthBudget(s, 1, 1, 1), 5000) << "no overflow with a huge time left";
   s.timeoutTurn = 100;
   EXPECT_EQ(turnBudget(s), 100);
+  s.timeoutTurn = 30000;
+  s.timeLeft = 60000;
+  EXPECT_EQ(decisionBudget(s), 60000 / 8 + 500);
+  EXPECT_EQ(ponderBudget(s), 60000 / 16);
 }
 
 TEST(Report, DisplayedValues) {

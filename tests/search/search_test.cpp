@@ -6,6 +6,7 @@
 
 #include "board/zobrist.h"
 #include "protocol/engine_state.h"
+#include "search/block_paths.h"
 #include "search/search.h"
 #include "search/searcher.h"
 #include "search/tt.h"
@@ -74,10 +75,10 @@ TEST_F(SearchTest, ThreatSearchFollowsAChainOfFours) {
 
 TEST_F(SearchTest, NodeSearchResults) {
   setUp(kFreestyle, {{7, 4}, {7, 5}, {7, 6}, {7, 7}}, {{8, 4}, {8, 5}, {8, 6}, {0, 0}});
-  EXPECT_EQ(searchNode(s, 5, 0, -kWin * 2, kWin * 2, BLACK), kWin + 5) << "a five point wins at once";
+  EXPECT_EQ(searchNode(s, 5, 0, -kWin * 2, kWin * 2, BLACK, 0), kWin + 5) << "a five point wins at once";
   // White to move must block; it cannot, black has two five points... but black's
   // row is closed on neither side: white loses.
-  EXPECT_LT(searchNode(s, 4, 0, -kWin * 2, kWin * 2, WHITE), -9000000);
+  EXPECT_LT(searchNode(s, 4, 0, -kWin * 2, kWin * 2, WHITE, 0), -9000000);
 }
 
 TEST_F(SearchTest, RootPlaysTheWinAndBlocksTheLoss) {
@@ -92,6 +93,45 @@ TEST_F(SearchTest, RootPlaysTheWinAndBlocksTheLoss) {
   const Move m = engine.think.bestMove;
   EXPECT_EQ(rowOf(m), 7);
   EXPECT_TRUE(colOf(m) == 5 || colOf(m) == 9 || colOf(m) == 4 || colOf(m) == 10) << "played " << rowOf(m) << "," << colOf(m);
+}
+
+TEST_F(SearchTest, RootStaysOutOfBlockedCellsAndPaths) {
+  setUp(kFreestyle, kDoubleFourBlack, kDoubleFourWhite);
+  const Move win = makeMove(7, 7);
+  // The front end's key of the position after the win: its stones only.
+  uint64_t key = zobristKeys[win][BLACK];
+  for (int i = 0; i < s.board.moveCount; ++i) key ^= zobristKeys[s.board.moves[i]][s.board.at(s.board.moves[i])];
+  BlockPaths& paths = engine.blockPaths;
+  paths.reset();
+  ASSERT_TRUE(paths.add(key));
+  paths.mark(win);
+  engine.think.bestMove = kNoMove;
+  searchRoot(s, 3, BLACK);
+  EXPECT_NE(engine.think.bestMove, win);
+  EXPECT_NE(engine.think.bestMove, kNoMove);
+  paths.remove(key);
+  engine.blockTable[win] = 1;
+  searchRoot(s, 3, BLACK);
+  EXPECT_NE(engine.think.bestMove, win);
+  engine.blockTable[win] = 0;
+  searchRoot(s, 3, BLACK);
+  EXPECT_EQ(engine.think.bestMove, win) << "free again once both are lifted";
+  paths.reset();
+}
+
+TEST(BlockPathsTest, HoldsAtMostTheCapacityAndForgetsWhatIsRemoved) {
+  static BlockPaths paths;  // too large for the stack
+  paths.reset();
+  for (uint64_t key = 1; key < BlockPaths::kCapacity; ++key) ASSERT_TRUE(paths.add(key * 0x9E3779B97F4A7C15ull));
+  EXPECT_FALSE(paths.add(42)) << "entry 0 is never used, so the set is full one short of the capacity";
+  EXPECT_TRUE(paths.contains(7 * 0x9E3779B97F4A7C15ull));
+  paths.remove(7 * 0x9E3779B97F4A7C15ull);
+  EXPECT_FALSE(paths.contains(7 * 0x9E3779B97F4A7C15ull));
+  EXPECT_TRUE(paths.contains(8 * 0x9E3779B97F4A7C15ull));
+  EXPECT_TRUE(paths.add(42));
+  paths.reset();
+  EXPECT_FALSE(paths.contains(42));
+  EXPECT_EQ(paths.count(), 1);
 }
 
 }  // namespace

@@ -1,0 +1,176 @@
+#include "search/parallel.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "protocol/engine_state.h"
+
+namespace zorva {
+
+// A node whose remaining moves are shared. It lives on the owner's stack
+// until every helper has left it.
+struct SplitPoint {
+  SplitPoint(SplitPoint* parent_, const Node& node_, const ScoredMove* moves_, int count_)
+      : parent(parent_), node(node_), moves(moves_), count(count_) {}
+
+  SplitPoint* parent;  // the split the owner itself works under, if any
+  Node node;           // the owner's node; its Searcher is the owner's
+  const ScoredMove* moves;
+  int count;
+  Relaxed<int32_t> cutoff{0};  // read without the lock by every thread below
+
+  std::mutex lock;  // guards what follows
+  std::condition_variable helperLeft;
+  int next = 0;
+  int helpers = 0;
+  Move line[kMaxPly];  // the best line from this node, when a move raised alpha
+  int lineLength = 0;
+};
+
+namespace {
+
+constexpr int kIdle = 0;
+constexpr int kAssigned = 3;
+
+struct Slot {
+  std::thread thread;
+  int status = kIdle;  // guarded by splitLock
+  SplitPoint* split = nullptr;
+  std::condition_variable wake;
+};
+
+std::mutex splitLock;  // guards the slot table
+Slot slots[kMaxSearchers];
+bool quitting = false;
+
+// Folds one helper's or the owner's result into the shared node.
+void merge(SplitPoint& sp, Searcher& s, Move m, int32_t value) {
+  std::lock_guard guard(sp.lock);
+  Node& n = sp.node;
+  ++n.searched;
+  if (isHeuristic(value) && value < n.alpha) value = n.alpha;
+  n.best.add(value, m);
+  if (value > n.alpha) {
+    n.alpha = value;
+    sp.line[0] = m;
+    const int ply = n.ply;
+    sp.lineLength = std::max(s.pvLength[ply + 1] - ply, 1);
+    for (int i = 1; i < sp.lineLength; ++i) sp.line[i] = s.pv[ply + 1][ply + i];
+  }
+  if (value >= n.beta) sp.cutoff = 1;
+}
+
+// Takes moves from the shared list until none is left or the node is cut off.
+void work(SplitPoint& sp, Searcher& s) {
+  Node local = sp.node;
+  local.s = &s;
+  for (;;) {
+    int index;
+    Move m;
+    {
+      std::lock_guard guard(sp.lock);
+      if (sp.cutoff || sp.next >= sp.count) return;
+      m = sp.moves[sp.next++].move;
+      index = sp.node.searched + 1;
+      local.alpha = sp.node.alpha;
+    }
+    const int32_t value = searchChild(local, m, index, local.alpha);
+    if (engine.searchAborted || abandoned(&sp)) return;
+    merge(sp, s, m, value);
+  }
+}
+
+void helperLoop(int slot) {
+  Searcher& s = searcher(slot);
+  std::unique_lock guard(splitLock);
+  for (;;) {
+    slots[slot].wake.wait(guard, [&] { return quitting || slots[slot].status == kAssigned; });
+    if (quitting) return;
+    SplitPoint& sp = *slots[slot].split;
+    guard.unlock();
+    s.activeSplit = &sp;
+    work(sp, s);
+    s.activeSplit = nullptr;
+    {
+      std::lock_guard spGuard(sp.lock);
+      --sp.helpers;
+      sp.helperLeft.notify_one();
+    }
+    guard.lock();
+    slots[slot].status = kIdle;
+    slots[slot].split = nullptr;
+  }
+}
+
+// Joins the helper threads when the program ends.
+struct SlotTableCloser {
+  ~SlotTableCloser() {
+    {
+      std::lock_guard guard(splitLock);
+      quitting = true;
+      for (Slot& slot : slots) slot.wake.notify_one();
+    }
+    for (Slot& slot : slots)
+      if (slot.thread.joinable()) slot.thread.join();
+  }
+} closer;
+
+// Hands `sp` to the first idle helper; false when none is idle.
+bool recruit(SplitPoint& sp, Searcher& owner) {
+  std::lock_guard guard(splitLock);
+  for (int i = 1; i < searchThreads(); ++i) {
+    Slot& slot = slots[i];
+    if (slot.status != kIdle || !slot.thread.joinable()) continue;
+    copyBoard(owner.board, searcher(i).board);
+    slot.status = kAssigned;
+    slot.split = &sp;
+    sp.helpers = 1;
+    slot.wake.notify_one();
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int searchThreads() { return std::clamp(int(engine.settings.threadNum), 1, kMaxSearchers); }
+
+void startSearchThreads() {
+  std::lock_guard guard(splitLock);
+  for (int i = 1; i < searchThreads(); ++i)
+    if (!slots[i].thread.joinable()) slots[i].thread = std::thread(helperLoop, i);
+}
+
+bool canSplit(const Node& n) {
+  return n.ply > 0 && n.effDepth >= engine.settings.threadSplitDepth && searchThreads() > 1;
+}
+
+bool abandoned(const SplitPoint* split) {
+  for (; split; split = split->parent)
+    if (split->cutoff) return true;
+  return false;
+}
+
+SplitResult splitNode(Node& n, const ScoredMove* moves, int count) {
+  Searcher& owner = *n.s;
+  SplitPoint sp(owner.activeSplit, n, moves, count);
+  if (!recruit(sp, owner)) return SplitResult::NoHelper;
+  owner.activeSplit = &sp;
+  work(sp, owner);
+  owner.activeSplit = sp.parent;
+  std::unique_lock guard(sp.lock);
+  sp.helperLeft.wait(guard, [&] { return sp.helpers == 0; });
+  if (engine.searchAborted || abandoned(sp.parent)) return SplitResult::Abandoned;
+  n.alpha = sp.node.alpha;
+  n.best = sp.node.best;
+  n.searched = sp.node.searched;
+  if (sp.lineLength > 0) {
+    std::copy(sp.line, sp.line + sp.lineLength, owner.pv[n.ply] + n.ply);
+    owner.pvLength[n.ply] = n.ply + sp.lineLength;
+  }
+  return SplitResult::Done;
+}
+
+}  // namespace zorva
