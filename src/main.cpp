@@ -20,7 +20,7 @@ void flushDenormals() {
 }
 }  // namespace
 
-// "zorva bench [depth] [threads]" runs the search benchmark; anything else
+// "zorva bench [depth] [threads] [split depth]" runs the search benchmark; anything else
 // starts the engine for a manager.
 int main(int argc, char** argv) {
   flushDenormals();
@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
   if (bench) {
     const int depth = argc > 2 ? std::atoi(argv[2]) : zorva::kBenchDefaultDepth;
     const int threads = argc > 3 ? std::atoi(argv[3]) : 1;
-    return zorva::runBench(depth > 0 ? depth : zorva::kBenchDefaultDepth, threads);
+    const int splitDepth = argc > 4 ? std::atoi(argv[4]) : 0;
+    return zorva::runBench(depth > 0 ? depth : zorva::kBenchDefaultDepth, threads, splitDepth);
   }
   return zorva::runEngine();
 }

@@ -52,9 +52,10 @@ bool setUp(Board& b, const BenchPosition& p, int rule) {
 
 }  // namespace
 
-int runBench(int depth, int threads) {
+int runBench(int depth, int threads, int splitDepth) {
   engine.settings.maxNode = -1;  // depth alone ends each search, so the count does not depend on the clock
   engine.settings.threadNum = std::clamp(threads, 1, kMaxSearchers);
+  if (splitDepth > 0) engine.settings.threadSplitDepth = splitDepth;
   transpositionTable.resize(kBenchHashSize);
   startSearchThreads();
   Searcher& s = searcher(0);

@@ -8,6 +8,7 @@ namespace zorva {
 constexpr int kBenchDefaultDepth = 7;
 
 // Prints one line per position and the total; returns the exit status.
-int runBench(int depth, int threads);
+// A split depth of 0 keeps the engine's setting.
+int runBench(int depth, int threads, int splitDepth);
 
 }  // namespace zorva

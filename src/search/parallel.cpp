@@ -1,6 +1,8 @@
 #include "search/parallel.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -21,10 +23,10 @@ struct SplitPoint {
   int count;
   Relaxed<int32_t> cutoff{0};  // read without the lock by every thread below
 
+  std::atomic<int> helpers{0};  // the owner may leave once it is 0 again
+
   std::mutex lock;  // guards what follows
-  std::condition_variable helperLeft;
   int next = 0;
-  int helpers = 0;
   Move line[kMaxPly];  // the best line from this node, when a move raised alpha
   int lineLength = 0;
 };
@@ -33,17 +35,42 @@ namespace {
 
 constexpr int kIdle = 0;
 constexpr int kAssigned = 3;
+// Splits come every few hundred nodes while a search runs, faster than a
+// sleeping thread wakes, so an idle helper keeps polling for this long
+// before it sleeps.
+constexpr auto kPollTime = std::chrono::milliseconds(5);
 
 struct Slot {
   std::thread thread;
-  int status = kIdle;  // guarded by splitLock
-  SplitPoint* split = nullptr;
+  // kAssigned from the hand-over (under splitLock) until the helper is done;
+  // the release store of kIdle publishes that its board is free again.
+  std::atomic<int> status{kIdle};
+  SplitPoint* split = nullptr;  // written before status becomes kAssigned
+  bool sleeping = false;        // guarded by splitLock
   std::condition_variable wake;
 };
 
-std::mutex splitLock;  // guards the slot table
+std::mutex splitLock;  // guards the hand-over and the sleeping flags
 Slot slots[kMaxSearchers];
-bool quitting = false;
+std::atomic<bool> quitting{false};
+
+// The next split handed to `slot`, or null when the program ends.
+SplitPoint* waitForWork(Slot& slot) {
+  auto pollUntil = std::chrono::steady_clock::now() + kPollTime;
+  for (;;) {
+    if (slot.status.load(std::memory_order_acquire) == kAssigned) return slot.split;
+    if (quitting) return nullptr;
+    if (std::chrono::steady_clock::now() < pollUntil) {
+      std::this_thread::yield();
+      continue;
+    }
+    std::unique_lock guard(splitLock);
+    slot.sleeping = true;
+    slot.wake.wait(guard, [&] { return quitting || slot.status.load(std::memory_order_relaxed) == kAssigned; });
+    slot.sleeping = false;
+    pollUntil = std::chrono::steady_clock::now() + kPollTime;
+  }
+}
 
 // Folds one helper's or the owner's result into the shared node.
 void merge(SplitPoint& sp, Searcher& s, Move m, int32_t value) {
@@ -64,7 +91,10 @@ void merge(SplitPoint& sp, Searcher& s, Move m, int32_t value) {
 
 // Takes moves from the shared list until none is left or the node is cut off.
 void work(SplitPoint& sp, Searcher& s) {
-  Node local = sp.node;
+  Node local = [&] {
+    std::lock_guard guard(sp.lock);
+    return sp.node;
+  }();
   local.s = &s;
   for (;;) {
     int index;
@@ -82,25 +112,15 @@ void work(SplitPoint& sp, Searcher& s) {
   }
 }
 
-void helperLoop(int slot) {
-  Searcher& s = searcher(slot);
-  std::unique_lock guard(splitLock);
-  for (;;) {
-    slots[slot].wake.wait(guard, [&] { return quitting || slots[slot].status == kAssigned; });
-    if (quitting) return;
-    SplitPoint& sp = *slots[slot].split;
-    guard.unlock();
-    s.activeSplit = &sp;
-    work(sp, s);
+void helperLoop(int index) {
+  Searcher& s = searcher(index);
+  Slot& slot = slots[index];
+  while (SplitPoint* sp = waitForWork(slot)) {
+    s.activeSplit = sp;
+    work(*sp, s);
     s.activeSplit = nullptr;
-    {
-      std::lock_guard spGuard(sp.lock);
-      --sp.helpers;
-      sp.helperLeft.notify_one();
-    }
-    guard.lock();
-    slots[slot].status = kIdle;
-    slots[slot].split = nullptr;
+    sp->helpers.fetch_sub(1, std::memory_order_release);  // the last touch: the owner may now return
+    slot.status.store(kIdle, std::memory_order_release);
   }
 }
 
@@ -122,12 +142,12 @@ bool recruit(SplitPoint& sp, Searcher& owner) {
   std::lock_guard guard(splitLock);
   for (int i = 1; i < searchThreads(); ++i) {
     Slot& slot = slots[i];
-    if (slot.status != kIdle || !slot.thread.joinable()) continue;
+    if (slot.status.load(std::memory_order_acquire) != kIdle || !slot.thread.joinable()) continue;
     copyBoard(owner.board, searcher(i).board);
-    slot.status = kAssigned;
     slot.split = &sp;
-    sp.helpers = 1;
-    slot.wake.notify_one();
+    sp.helpers.store(1, std::memory_order_relaxed);
+    slot.status.store(kAssigned, std::memory_order_release);
+    if (slot.sleeping) slot.wake.notify_one();
     return true;
   }
   return false;
@@ -160,8 +180,8 @@ SplitResult splitNode(Node& n, const ScoredMove* moves, int count) {
   owner.activeSplit = &sp;
   work(sp, owner);
   owner.activeSplit = sp.parent;
-  std::unique_lock guard(sp.lock);
-  sp.helperLeft.wait(guard, [&] { return sp.helpers == 0; });
+  while (sp.helpers.load(std::memory_order_acquire) > 0) std::this_thread::yield();
+  std::lock_guard guard(sp.lock);
   if (engine.searchAborted || abandoned(sp.parent)) return SplitResult::Abandoned;
   n.alpha = sp.node.alpha;
   n.best = sp.node.best;
