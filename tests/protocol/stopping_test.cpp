@@ -2,9 +2,12 @@
 // a stream of position commands during thinking and pondering never hangs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "protocol/engine_session.h"
 
@@ -54,6 +57,8 @@ TEST(Transcript, PositionCommandsDuringThinkingAndPondering) {
   EngineSession engine;
   engine.send("INFO pondering 1");
   engine.send("INFO timeout_turn 300");
+  engine.send("INFO thread_num 3");  // stops must reach the helper threads too
+  engine.send("INFO thread_split_depth 2");
   for (int round = 0; round < 40; ++round) {
     engine.send(round % 5 == 0 ? "START 15" : round % 5 == 1 ? "RESTART" : "BEGIN");
     engine.send("TURN " + std::to_string(round % 15) + "," + std::to_string((round * 7) % 15));
@@ -68,6 +73,55 @@ TEST(Transcript, PositionCommandsDuringThinkingAndPondering) {
       break;
     }
   EXPECT_TRUE(about) << "the engine stopped answering";
+  engine.send("END");
+  EXPECT_EQ(engine.waitExit(5000 * kSlack), 0);
+}
+
+// Reads a turn's lines up to its move.
+std::vector<std::string> turnLines(EngineSession& engine) {
+  std::vector<std::string> lines;
+  while (std::optional<std::string> line = engine.readLine(60000 * kSlack)) {
+    lines.push_back(*line);
+    if (line->rfind("MESSAGE", 0) != 0) break;
+  }
+  return lines;
+}
+
+int depthOfDetail(const std::string& line) {
+  int depth = 0;
+  return std::sscanf(line.c_str(), "MESSAGE DETAIL DEPTH:%d", &depth) == 1 ? depth : -1;
+}
+
+TEST(Transcript, ProgressLinesFollowTheDepthsAndStaySilentWhilePondering) {
+  EngineSession engine;
+  for (const char* line : {"INFO show_detail 1", "INFO max_depth 9", "INFO thread_num 2", "INFO thread_split_depth 3",
+                           "START 15"})
+    engine.send(line);
+  ASSERT_EQ(engine.readAnswer(5000 * kSlack).value_or(""), "OK");
+  for (const char* line : {"BOARD", "7,7,1", "8,8,2", "7,8,1", "DONE"}) engine.send(line);
+  const std::vector<std::string> lines = turnLines(engine);
+  std::vector<int> details;
+  int refreshes = 0;
+  for (const std::string& line : lines) {
+    if (depthOfDetail(line) >= 0) details.push_back(depthOfDetail(line));
+    refreshes += line == "MESSAGE REALTIME REFRESH";
+  }
+  ASSERT_FALSE(details.empty()) << "no DETAIL line";
+  EXPECT_EQ(details.front(), 5) << "nothing below depth 5";
+  for (size_t i = 1; i < details.size(); ++i) EXPECT_EQ(details[i], details[i - 1] + 1);
+  EXPECT_EQ(refreshes, std::max(0, details.back() - 7)) << "one REALTIME round per depth from 8";
+  EXPECT_NE(lines.back().find(','), std::string::npos) << "the move ends the turn";
+
+  engine.send("INFO pondering 1");
+  engine.send("INFO max_depth 30");
+  engine.send("INFO timeout_turn 1000");
+  engine.send("TURN 6,6");
+  const std::vector<std::string> second = turnLines(engine);
+  const auto start = nowMs();
+  while (nowMs() - start < 500)
+    if (std::optional<std::string> line = engine.readLine(100)) {
+      EXPECT_EQ(line->find("REALTIME"), std::string::npos) << "while pondering: " << *line;
+    }
   engine.send("END");
   EXPECT_EQ(engine.waitExit(5000 * kSlack), 0);
 }
