@@ -20,7 +20,8 @@ bool mustDefendThree(Board& b, Colour side) {
 }
 
 // The cells that answer an open three: its four and open-four points, and
-// our own fours. Black's points that black may not play need no answer.
+// our own fours and open fours. Black's points that black may not play need
+// no answer.
 void defenceRows(Board& b, Colour side, uint32_t* rows) {
   const Colour other = opponent(side);
   const bool skipForbidden = b.rule == kRenju && other == BLACK;
@@ -29,7 +30,8 @@ void defenceRows(Board& b, Colour side, uint32_t* rows) {
       if (!(skipForbidden && isForbidden(b, m))) rows[rowOf(m)] |= 1u << colOf(m);
       return true;
     });
-  for (int row = 0; row < b.height; ++row) rows[row] |= b.threat(side, kFourClass).rowMask[row];
+  for (int row = 0; row < b.height; ++row)
+    rows[row] |= b.threat(side, kFourClass).rowMask[row] | b.threat(side, kOpenFourClass).rowMask[row];
 }
 
 // The mover's value of the cell less half the opponent's, so that cells

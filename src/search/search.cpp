@@ -79,6 +79,27 @@ int32_t nodeEval(Node& n) {
   return n.staticEval;
 }
 
+// The table converts proven values at the depth it is given, the effective
+// one, while win values here count the plain depth; these map between the
+// two scales (monotonically, so bounds compare alike on both).
+int32_t toTableScale(int32_t v, const Node& n) { return fromStored(toStored(v, n.depth), n.effDepth); }
+int32_t fromTableScale(int32_t v, const Node& n) {
+  return v == kNoValue ? v : fromStored(toStored(v, n.effDepth), n.depth);
+}
+
+int32_t probeTable(const Node& n, Move* moves, int* found) {
+  const Board& b = n.s->board;
+  return fromTableScale(transpositionTable.probe(b.hash, b.stoneCount(), n.effDepth, toTableScale(n.alpha, n),
+                                                 toTableScale(n.beta, n), n.side, moves, kTableMoves, found),
+                        n);
+}
+
+void storeTable(const Node& n, int32_t value, Bound bound, Move m1 = kNoMove, Move m2 = kNoMove,
+                Move m3 = kNoMove) {
+  const Board& b = n.s->board;
+  transpositionTable.store(b.hash, b.stoneCount(), n.effDepth, toTableScale(value, n), bound, n.side, m1, m2, m3);
+}
+
 // A dead four whose only other threat is a three with one way on: once the
 // four is blocked nothing is left, so the move is mostly a wasted threat.
 bool deadCombination(uint32_t word) {
@@ -305,22 +326,20 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
   if (n.opponentFive) return forcedBlock(n, block);
 
   // The table, then the threat search, the leaf and static pruning.
-  const int stones = b.stoneCount();
   Move tableMoves[kTableMoves];
   int tableCount = 0;
-  const int32_t stored =
-      transpositionTable.probe(b.hash, stones, n.effDepth, alpha, beta, side, tableMoves, kTableMoves, &tableCount);
+  const int32_t stored = probeTable(n, tableMoves, &tableCount);
   if (n.nullWindow && stored != kNoValue) return stored;
   if (const int32_t r = vcf(s, depth, side)) {
     const int32_t value = depth - kVcfDepthBase + r;
-    transpositionTable.store(b.hash, stones, n.effDepth, value, kBoundExact, side);
+    storeTable(n, value, kBoundExact);
     return value;
   }
   if (engine.searchAborted) return 0;
   if (depth + ((extension & ~3) >> 1) < 1) {
     s.minRemainingDepth = std::min(s.minRemainingDepth, depth);
     const int32_t value = nodeEval(n);
-    transpositionTable.store(b.hash, stones, n.effDepth, value, kBoundExact, side);
+    storeTable(n, value, kBoundExact);
     return value;
   }
   if (n.nullWindow && n.effDepth < kPruneDepth && engine.settings.cautionFactor < 2) {
@@ -335,10 +354,10 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
     const int32_t inner = searchNode(s, depth - kInternalReduction, ply, alpha, beta, side, extension);
     if (engine.searchAborted || abandoned(s.activeSplit)) return 0;
     if (n.nullWindow && inner >= beta && inner > kProvenNode) {
-      transpositionTable.store(b.hash, stones, n.effDepth, inner, kBoundLower, side, s.pv[ply][ply]);
+      storeTable(n, inner, kBoundLower, s.pv[ply][ply]);
       return inner;
     }
-    transpositionTable.probe(b.hash, stones, n.effDepth, alpha, beta, side, tableMoves, kTableMoves, &tableCount);
+    probeTable(n, tableMoves, &tableCount);
     tableCount = usableTableMoves(b, side, tableMoves, tableCount);
     s.pvLength[ply] = ply;
   }
@@ -347,8 +366,7 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
   if (n.searched == 0) return nodeEval(n);
   const int32_t value = n.best.values[0];
   const Bound bound = value >= beta ? kBoundLower : value > alpha ? kBoundExact : kBoundUpper;
-  transpositionTable.store(b.hash, stones, n.effDepth, value, bound, side, n.best.moves[0], n.best.moves[1],
-                           n.best.moves[2]);
+  storeTable(n, value, bound, n.best.moves[0], n.best.moves[1], n.best.moves[2]);
   return value;
 }
 
@@ -370,16 +388,29 @@ void testDrops(int32_t bestSoFar, int32_t reference) {
   if (collapse || fall) t.timeBudget = depthBudget(engine.settings, t.valueUnstable, t.dropFlagA, t.dropFlagB);
 }
 
+// The first open-four point the engine may choose for `side`, or kNoMove.
+Move playableOpenFour(Board& b, Colour side) {
+  Move found = kNoMove;
+  b.threat(side, kOpenFourClass).forEach([&](Move m) {
+    if (engine.blockTable[m] || !playable(b, m, side)) return true;
+    found = m;
+    return false;
+  });
+  return found;
+}
+
 // The root's moves: our five, else the block of theirs (a block black may
-// not play loses anyway, so then any move is as good), else the previous
-// best, the table's moves and the generated ones.
+// not play loses anyway, so then any move is as good), else our open four,
+// the fastest sure win; else the previous best, the table's moves and the
+// generated ones.
 int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
   Board& b = s.board;
   ThinkState& t = engine.think;
   Move forced = kNoMove;
   if (b.threat(side, kFiveClass).firstOf(&forced) ||
       (b.threat(opponent(side), kFiveClass).firstOf(&forced) &&
-       !(b.rule == kRenju && side == BLACK && isForbidden(b, forced)))) {
+       !(b.rule == kRenju && side == BLACK && isForbidden(b, forced))) ||
+      (b.threat(opponent(side), kFiveClass).empty() && (forced = playableOpenFour(b, side)) != kNoMove)) {
     moves[0] = {0, forced};
     return 1;
   }
