@@ -13,6 +13,7 @@ struct Searcher;
 constexpr int32_t kRootWindow = 100000000;
 constexpr int32_t kProvenNode = 9000000;  // beyond this a value is a proven result
 constexpr int32_t kNoEval = -kRootWindow;
+constexpr int kTableMoves = 3;  // moves a table entry keeps
 
 // The three best moves of a node, best first.
 struct BestThree {

@@ -9,7 +9,6 @@
 #include "board/forbid.h"
 #include "board/values.h"
 #include "protocol/engine_state.h"
-#include "protocol/output.h"
 #include "search/limits.h"
 #include "search/movegen.h"
 #include "search/node.h"
@@ -28,8 +27,6 @@ constexpr int kInternalDepthNull = 8;  // internal deepening when the table has 
 constexpr int kInternalDepthFull = 6;
 constexpr int kInternalReduction = 2;
 constexpr int kHistoryCap = 1 << 20;
-constexpr int kRealtimeDepth = 8;
-constexpr int kTableMoves = 3;
 constexpr int kLateMoveDepth = 6;  // null-window nodes this shallow drop late quiet moves
 constexpr int kLateMoveBase = 3;
 
@@ -47,6 +44,11 @@ constexpr int kThreatExtension = 2;
 constexpr int kSmallThreatExtension = 1;
 constexpr int kMaxExtension = 4;
 constexpr int kFullScale = 40;         // edge-table entry of an unscaled reduction
+// A poor cell for the mover loses more of a reduced four's depth, a rich one less.
+constexpr int kPoorCell = 18;
+constexpr int kPoorerCell = 15;
+constexpr int kPoorestCell = 12;
+constexpr int kRichCell = 22;
 
 // Reductions shrink toward the centre, where a wasted four costs the least.
 constexpr int edgeWeight(int m) { return m <= 1 ? 40 : m == 2 ? 32 : m == 3 ? 26 : m == 4 ? 20 : 15; }
@@ -123,10 +125,10 @@ int reduction(Node& n, Move m, uint32_t word, int pv) {
   const int row = std::min(rowOf(m), b.height - 1 - rowOf(m)), col = std::min(colOf(m), b.width - 1 - colOf(m));
   r = r * kEdgeTable[std::min(row, kEdgeTableSide - 1)][std::min(col, kEdgeTableSide - 1)] / kFullScale;
   if (r != 0) {
-    if (c < 18) r = r * 11 / 10;
-    if (c < 15) r = r * 11 / 10;
-    if (c < 12) r = r * 13 / 10;
-    if (c > 22) r = r * 9 / 10;
+    if (c < kPoorCell) r = r * 11 / 10;
+    if (c < kPoorerCell) r = r * 11 / 10;
+    if (c < kPoorestCell) r = r * 13 / 10;
+    if (c > kRichCell) r = r * 9 / 10;
     r = r * evalFactorTenths(nodeEval(n)) / 10;
   }
   return n.opponentFive ? r / 4 : r;
@@ -159,47 +161,26 @@ void rememberCutoff(Searcher& s, const Node& n, Move m) {
 
 // The opening database near the root: positions proven won or lost end the
 // search, and at the root's children a stored value deep enough stands for it.
-bool probeDatabase(const Searcher& s, int effDepth, int ply, int32_t* value) {
+bool probeDatabase(const Node& n, int32_t* value) {
   const Settings& settings = engine.settings;
-  if (!settings.useDatabase || ply > settings.dbDepthWl || !engine.database.inUse()) return false;
-  const Board& b = s.board;
+  if (!settings.useDatabase || n.ply > settings.dbDepthWl || !engine.database.inUse()) return false;
+  const Board& b = n.s->board;
   const db::Position position{b.rule, b.height, b.width, std::span<const int32_t>(b.moves, size_t(b.moveCount))};
   const std::optional<db::ResultFields> record = engine.database.probe(position);
   if (!record) return false;
   if (record->t == kDatabaseLost) {
-    *value = winIn(effDepth);
+    *value = winIn(n.depth);
     return true;
   }
   if (record->t == kDatabaseWon) {
-    *value = -winIn(effDepth);
+    *value = -winIn(n.depth);
     return true;
   }
-  if (ply <= 1 && effDepth > 0 && record->d >= effDepth) {
+  if (n.ply <= 1 && n.effDepth > 0 && record->d >= n.effDepth) {
     *value = record->v;
     return true;
   }
   return false;
-}
-
-// At the root every reply the database knows is a candidate, however far it
-// lies from the stones: the database may hold moves the generator would never try.
-int addDatabaseMoves(Searcher& s, Colour side, ScoredMove* moves, int count) {
-  const Settings& settings = engine.settings;
-  if (!settings.useDatabase || settings.dbDepthWl < 1 || !engine.database.inUse()) return count;
-  Board& b = s.board;
-  bool listed[kCellSlots] = {};
-  for (int i = 0; i < count; ++i) listed[moves[i].move] = true;
-  int32_t line[kMaxStones + 1];
-  std::copy(b.moves, b.moves + b.moveCount, line);
-  for (int row = 0; row < b.height; ++row)
-    for (int col = 0; col < b.width; ++col) {
-      const Move m = makeMove(row, col);
-      if (listed[m] || engine.blockTable[m] || !playable(b, m, side)) continue;
-      line[b.moveCount] = m;
-      const db::Position position{b.rule, b.height, b.width, std::span<const int32_t>(line, size_t(b.moveCount + 1))};
-      if (engine.database.probe(position)) moves[count++] = {kTableMoveScore, m};
-    }
-  return count;
 }
 
 // The only move when the opponent threatens five: block it (black may not
@@ -316,7 +297,7 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
   s.pvLength[ply] = ply;
   const Colour other = opponent(side);
   Node n(&s, depth, ply, extension, alpha, beta, side);
-  if (int32_t known; probeDatabase(s, n.effDepth, ply, &known)) return known;
+  if (int32_t known; probeDatabase(n, &known)) return known;
 
   // Immediate results from the threat sets.
   if (!b.threat(side, kFiveClass).empty()) return winIn(depth);
@@ -368,105 +349,6 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
   const Bound bound = value >= beta ? kBoundLower : value > alpha ? kBoundExact : kBoundUpper;
   storeTable(n, value, bound, n.best.moves[0], n.best.moves[1], n.best.moves[2]);
   return value;
-}
-
-namespace {
-
-constexpr int32_t kBigDrop = 968;  // a fall this large is a refutation, not noise
-constexpr int32_t kDropFloor = 30;
-
-// Tested between root moves against the last depth's value: flag A marks a
-// collapse, flag B a fall by a quarter of the value; either gives the turn
-// more time at once, so the running depth can still find a better move.
-void testDrops(int32_t bestSoFar, int32_t reference) {
-  ThinkState& t = engine.think;
-  if (t.fixedBudget || !isHeuristic(bestSoFar) || !isHeuristic(reference)) return;
-  const bool collapse = !t.dropFlagA && bestSoFar < reference - kBigDrop;
-  const bool fall = !t.dropFlagB && bestSoFar < reference - std::abs(reference) / 4 - kDropFloor;
-  if (collapse) t.dropFlagA = 1;
-  if (fall) t.dropFlagB = 1;
-  if (collapse || fall) t.timeBudget = depthBudget(engine.settings, t.valueUnstable, t.dropFlagA, t.dropFlagB);
-}
-
-// The first open-four point the engine may choose for `side`, or kNoMove.
-Move playableOpenFour(Board& b, Colour side) {
-  Move found = kNoMove;
-  b.threat(side, kOpenFourClass).forEach([&](Move m) {
-    if (engine.blockTable[m] || !playable(b, m, side)) return true;
-    found = m;
-    return false;
-  });
-  return found;
-}
-
-// The root's moves: our five, else the block of theirs (a block black may
-// not play loses anyway, so then any move is as good), else our open four,
-// the fastest sure win; else the previous best, the table's moves and the
-// generated ones.
-int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
-  Board& b = s.board;
-  ThinkState& t = engine.think;
-  Move forced = kNoMove;
-  if (b.threat(side, kFiveClass).firstOf(&forced) ||
-      (b.threat(opponent(side), kFiveClass).firstOf(&forced) &&
-       !(b.rule == kRenju && side == BLACK && isForbidden(b, forced))) ||
-      (b.threat(opponent(side), kFiveClass).empty() && (forced = playableOpenFour(b, side)) != kNoMove)) {
-    moves[0] = {0, forced};
-    return 1;
-  }
-  auto usable = [&](Move m) { return playable(b, m, side) && !engine.blockTable[m]; };
-  Move first[kTableMoves + 1];
-  int firstCount = 0;
-  if (t.bestMove != kNoMove && usable(t.bestMove)) first[firstCount++] = t.bestMove;
-  Move stored[kTableMoves];
-  int found = 0;
-  transpositionTable.probe(b.hash, b.stoneCount(), depth, -kRootWindow, kRootWindow, side, stored, kTableMoves,
-                           &found);
-  for (int i = 0; i < found; ++i)
-    if (usable(stored[i]) && std::find(first, first + firstCount, stored[i]) == first + firstCount)
-      first[firstCount++] = stored[i];
-  int count = 0;
-  for (int i = 0; i < firstCount; ++i) moves[count++] = {kTableMoveScore - i, first[i]};
-  const MoveRequest request{side, 0, first, firstCount, s.killers[0], engine.blockTable};
-  count += generateMoves(s, request, moves + count);
-  return addDatabaseMoves(s, side, moves, count);
-}
-
-}  // namespace
-
-int32_t searchRoot(Searcher& s, int depth, Colour side) {
-  ThinkState& t = engine.think;
-  s.pvLength[0] = 0;
-  const bool realtime = depth >= kRealtimeDepth && engine.settings.showDetail && !engine.ponderActive;
-  const int32_t reference = t.rootValue;
-  ScoredMove* moves = s.moveLists[0];
-  const int count = rootMoves(s, depth, side, moves);
-  t.singleReply = count == 1;
-  if (realtime) sendLine("MESSAGE REALTIME REFRESH");
-
-  Node n(&s, depth, 0, 0, -kRootWindow, kRootWindow, side);
-  for (int i = 0; i < count; ++i) {
-    const Move m = moves[i].move;
-    if (realtime) sendLine("MESSAGE REALTIME POS %d,%d", rowOf(m), colOf(m));
-    const int32_t value = searchChild(n, m, i, n.alpha);
-    if (engine.searchAborted) return n.searched > 0 ? n.alpha : 0;
-    if (realtime) sendLine("MESSAGE REALTIME DONE %d,%d", rowOf(m), colOf(m));
-    if (realtime && value < -kProvenNode) sendLine("MESSAGE REALTIME LOSE %d,%d", rowOf(m), colOf(m));
-    const int32_t before = n.alpha;
-    recordResult(n, m, value);
-    testDrops(n.alpha, reference);
-    if (n.alpha > before) {
-      t.bestMove = m;
-      if (realtime) {
-        sendLine("MESSAGE REALTIME BEST %d,%d", rowOf(m), colOf(m));
-        sendLine("MESSAGE REALTIME VAL %d", std::clamp(value, -10000, 10000));
-      }
-    }
-  }
-  if (count == 0) return 0;
-  transpositionTable.store(s.board.hash, s.board.stoneCount(), depth, n.alpha, kBoundExact, side, n.best.moves[0],
-                           n.best.moves[1], n.best.moves[2]);
-  return n.alpha;
 }
 
 }  // namespace zorva
