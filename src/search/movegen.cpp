@@ -97,8 +97,24 @@ int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
       if (leadsIntoBlockPath(b, m, side)) continue;
       out[count++] = {stageScore(b, m, side, request.killers) + orderingScore(s, b, m, side, request.ply), m};
     }
-  std::sort(out, out + count, [](const ScoredMove& a, const ScoredMove& c) { return a.score > c.score; });
   return count;
+}
+
+void pickBest(ScoredMove* moves, int from, int count) {
+  int best = from;
+  for (int i = from + 1; i < count; ++i)
+    if (moves[i].score > moves[best].score) best = i;
+  std::swap(moves[from], moves[best]);
+}
+
+// Insertion sort: stable and allocation-free, and the lists are short or sorted once per depth.
+void sortMoves(ScoredMove* moves, int count) {
+  for (int i = 1; i < count; ++i) {
+    const ScoredMove m = moves[i];
+    int j = i;
+    for (; j > 0 && moves[j - 1].score < m.score; --j) moves[j] = moves[j - 1];
+    moves[j] = m;
+  }
 }
 
 }  // namespace zorva

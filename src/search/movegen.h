@@ -21,10 +21,17 @@ struct MoveRequest {
   const int32_t* blockTable;  // cells the engine may not choose, or null
 };
 
-// Fills `out` with the moves worth searching, best first; returns how many.
+// Fills `out` with the moves worth searching, in board order with their
+// ordering scores; returns how many. Most nodes cut off after a move or two,
+// so the caller picks the best one at a time rather than sorting them all.
 // Against an open three only the defences and our own fours are generated;
 // Renju black never gets a forbidden cell, and no move leads into a blocked path.
 int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out);
+
+// Brings the best of moves[from, count) to `from`: the first of equal scores.
+void pickBest(ScoredMove* moves, int from, int count);
+// Orders moves best first; equal scores keep their order.
+void sortMoves(ScoredMove* moves, int count);
 
 // True when `side` may play `m`: a free cell of the board, not forbidden for
 // Renju black, not leading into a blocked path.

@@ -96,7 +96,9 @@ int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
   int count = 0;
   for (int i = 0; i < firstCount; ++i) moves[count++] = {kTableMoveScore - i, first[i]};
   const MoveRequest request{side, 0, first, firstCount, s.killers[0], engine.blockTable};
-  count += generateMoves(s, request, moves + count);
+  const int generated = generateMoves(s, request, moves + count);
+  sortMoves(moves + count, generated);
+  count += generated;
   return addDatabaseMoves(s, side, moves, count);
 }
 

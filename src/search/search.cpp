@@ -199,8 +199,7 @@ int32_t forcedBlock(Node& n, Move block) {
 // The threat stages and the killers are always kept.
 int candidateLimit(const Node& n, const ScoredMove* moves, int count) {
   if (!n.nullWindow || n.effDepth > kLateMoveDepth) return count;
-  int urgent = 0;
-  while (urgent < count && moves[urgent].score >= kKillerScore) ++urgent;
+  const int urgent = int(std::count_if(moves, moves + count, [](const ScoredMove& m) { return m.score >= kKillerScore; }));
   return std::min(count, urgent + kLateMoveBase + n.effDepth * (n.effDepth + 1));
 }
 
@@ -223,12 +222,15 @@ bool searchMoves(Node& n, const Move* tableMoves, int tableCount) {
   }
   ScoredMove* moves = s.moveLists[n.ply];
   const MoveRequest request{n.side, n.ply, tableMoves, tableCount, s.killers[n.ply], nullptr};
-  const int count = candidateLimit(n, moves, generateMoves(s, request, moves));
+  const int generated = generateMoves(s, request, moves);
+  const int count = candidateLimit(n, moves, generated);
   for (int i = 0; i < count; ++i) {
     if (n.searched > 0 && i + 1 < count && canSplit(n)) {
+      sortMoves(moves + i, generated - i);
       const SplitResult split = splitNode(n, moves + i, count - i);
       if (split != SplitResult::NoHelper) return split == SplitResult::Abandoned;
     }
+    pickBest(moves, i, generated);
     const int32_t value = searchChild(n, moves[i].move, n.searched, n.alpha);
     if (engine.searchAborted || abandoned(s.activeSplit)) return true;
     if (recordResult(n, moves[i].move, value)) return false;
