@@ -113,6 +113,20 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
   return run;
 }
 
+// Starts the clock, prepares the search and deepens on `board` for the side
+// to move; the caller has set the budget and reset the counters.
+Deepening clockedDeepening(SearchBackend& backend, const Board& board, bool quiet, Deepen kind) {
+  ThinkState& t = engine.think;
+  t.turnStart = nowMs();
+  t.bestMove = kNoMove;
+  backend.prepare();
+  const Colour side = board.sideToMove();
+  t.rootValue = backend.evaluate(side);
+  const Deepening run = deepen(backend, engine.settings, t, board, side, quiet, kind);
+  t.elapsedMs = nowMs() - t.turnStart;
+  return run;
+}
+
 void resetCounters(ThinkState& t) {
   t.stableCount = 0;
   t.valueUnstable = 0;
@@ -158,13 +172,7 @@ int32_t runDecisionSearch(SearchBackend& backend, const Board& board) {
   ThinkState& t = engine.think;
   t.timeBudget = decisionBudget(engine.settings);
   resetCounters(t);
-  t.turnStart = nowMs();
-  t.bestMove = kNoMove;
-  backend.prepare();
-  const Colour side = board.sideToMove();
-  t.rootValue = backend.evaluate(side);
-  const Deepening run = deepen(backend, engine.settings, t, board, side, true, Deepen::Decision);
-  t.elapsedMs = nowMs() - t.turnStart;
+  const Deepening run = clockedDeepening(backend, board, true, Deepen::Decision);
   t.currentDepth = run.lastDone;
   t.finalValue = run.lastValue;
   return run.lastValue;
@@ -176,13 +184,11 @@ void runPonder(SearchBackend& backend, const Board& board) {
   const int32_t currentDepth = t.currentDepth, finalValue = t.finalValue, drawAcceptable = t.drawAcceptable;
   const Line bestLine = t.bestLine;
   const bool aborted = t.aborted;
+  const int64_t elapsedMs = t.elapsedMs;
   t.timeBudget = ponderBudget(engine.settings);
   resetCounters(t);
-  t.turnStart = nowMs();
-  t.bestMove = kNoMove;
-  backend.prepare();
-  t.rootValue = backend.evaluate(board.sideToMove());
-  deepen(backend, engine.settings, t, board, board.sideToMove(), true, Deepen::Ponder);
+  clockedDeepening(backend, board, true, Deepen::Ponder);
+  t.elapsedMs = elapsedMs;
   t.bestMove = bestMove;
   t.currentDepth = currentDepth;
   t.finalValue = finalValue;
@@ -214,12 +220,7 @@ Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
     t.bestMove = provenWin;
     t.elapsedMs = 0;
   } else {
-    t.turnStart = nowMs();
-    t.bestMove = kNoMove;
-    backend.prepare();
-    t.rootValue = backend.evaluate(side);
-    const Deepening run = deepen(backend, s, t, board, side, quiet);
-    t.elapsedMs = nowMs() - t.turnStart;
+    const Deepening run = clockedDeepening(backend, board, quiet, Deepen::Turn);
     t.currentDepth = run.lastDone;
     t.finalValue = run.lastValue;
     if (t.finalValue - t.currentDepth >= kWin) {

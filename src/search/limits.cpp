@@ -2,6 +2,7 @@
 
 #include "protocol/engine_state.h"
 #include "search/driver.h"
+#include "search/parallel.h"
 
 namespace zorva {
 
@@ -18,7 +19,7 @@ bool countNode(Searcher& s) {
   const Settings& settings = engine.settings;
   const ThinkState& t = engine.think;
   const bool limited = settings.maxNode != -1;
-  const int64_t nodes = t.nodeCount + searcherNodes(settings.threadNum);
+  const int64_t nodes = t.nodeCount + searcherNodes(searchThreads());
   const bool outOfNodes = limited && int64_t(settings.maxNode) < (nodes >> 10);
   const bool outOfTime = limited && nowMs() - t.turnStart + kTimeMarginMs >= t.timeBudget;
   if (outOfNodes || outOfTime || engine.stopFlag > 0) engine.searchAborted = 1;
