@@ -1,5 +1,6 @@
 // The game loop against a scripted stand-in engine: one test per kind of
-// verdict, and the protocol a manager owes its engines.
+// verdict, the protocol a manager owes its engines, the early stop of a test
+// run and the positions written for tuning.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,7 +11,9 @@
 #include <unistd.h>
 
 #include "match/match.h"
+#include "match/positions.h"
 #include "match/report.h"
+#include "match/sprt.h"
 
 namespace zorva::referee {
 namespace {
@@ -216,7 +219,7 @@ TEST(RefereeGame, ColoursAlternateOverAPairAndTheTallyFollows) {
   MatchConfig c = configFor("", "");
   std::vector<Opening> book = {opening("")};
   int reported = 0;
-  auto results = runMatch(c, book, planGames(4, 1, nullptr), 2, [&](const GameResult&) { ++reported; });
+  auto results = runMatch(c, book, planGames(4, 1, nullptr), 2, [&](const GameResult&) { return ++reported > 0; });
   ASSERT_EQ(results.size(), 4u);
   EXPECT_EQ(reported, 4);
   for (int g = 0; g < 4; ++g) {
@@ -235,6 +238,49 @@ TEST(RefereeGame, ColoursAlternateOverAPairAndTheTallyFollows) {
   EXPECT_NE(line.find("game 2: engine2 (black) vs engine1 (white)"), std::string::npos) << line;
   EXPECT_NE(line.find("1-0 five in a row"), std::string::npos) << line;
   EXPECT_NE(formatSummary(c, t).find("wins 2, losses 2, draws 0; score 2.0/4"), std::string::npos);
+}
+
+TEST(RefereeGame, SprtStopsTheMatchAndEveryEngineGetsEnd) {
+  // Engine 2 answers nonsense at its third move, so engine 1 wins every pair.
+  TempLog log1("sprt1"), log2("sprt2");
+  MatchConfig c = configFor("--delay-ms 20 --log " + log1.path, "--delay-ms 20 --at 3:garbage --log " + log2.path);
+  Sprt sprt({0, 100, 0.05, 0.05});
+  std::vector<std::string> progress;
+  auto results = runMatch(c, {}, planGames(40, 0, nullptr), 2, [&](const GameResult& r) {
+    if (!sprt.add(r)) return true;
+    progress.push_back(sprt.progress());
+    return sprt.verdict() == SprtVerdict::Inconclusive;
+  });
+  EXPECT_EQ(sprt.verdict(), SprtVerdict::AcceptH1);
+  ASSERT_EQ(progress.size(), 4u);
+  EXPECT_EQ(progress.back().rfind("SPRT: games 8 W 8 L 0 D 0", 0), 0u) << progress.back();
+  // The games in progress were abandoned, not counted; none finished twice.
+  EXPECT_GE(results.size(), 8u);
+  EXPECT_LE(results.size(), 10u);
+  for (size_t g = 1; g < results.size(); ++g) EXPECT_LT(results[g - 1].index, results[g].index);
+  for (const std::string& path : {log1.path, log2.path}) {
+    auto log = readLog(path);
+    EXPECT_EQ(std::count(log.begin(), log.end(), "START 15"), std::count(log.begin(), log.end(), "END")) << path;
+  }
+}
+
+TEST(RefereeGame, PositionsFileLabelsEachPositionForTheSideToMove) {
+  GameResult r;
+  r.opening = opening("h8");
+  r.moves = {{8, 8}, {7, 8}};
+  r.black = 1;   // engine 2 black
+  r.winner = 0;  // white won
+  r.reason = Reason::Five;
+  EXPECT_EQ(formatPositions(Rule::Renju, r), "h8 1 2\nh8i9 0 2\nh8i9h9 1 2\n");
+  // A forbidden move never reached the board; an empty start reads "-".
+  r.opening = {};
+  r.reason = Reason::Forbidden;
+  EXPECT_EQ(formatPositions(Rule::Freestyle, r), "- 0 0\ni9 1 0\n");
+  r.winner = -1;
+  r.reason = Reason::BoardFull;
+  EXPECT_EQ(formatPositions(Rule::ExactFive, r), "- 0.5 1\ni9 0.5 1\ni9h9 0.5 1\n");
+  r.reason = Reason::NoStart;
+  EXPECT_EQ(formatPositions(Rule::Freestyle, r), "");
 }
 
 }  // namespace

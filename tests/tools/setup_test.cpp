@@ -1,5 +1,5 @@
-// The match set-up: opening books, the game plan, the command line and the
-// Elo arithmetic.
+// The match set-up: opening books, the game plan, the command line, and the
+// Elo and SPRT arithmetic.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,6 +11,7 @@
 #include "match/elo.h"
 #include "match/openings.h"
 #include "match/options.h"
+#include "match/sprt.h"
 
 namespace zorva::referee {
 namespace {
@@ -102,6 +103,53 @@ TEST(RefereeElo, ScoreAndMargin) {
   EXPECT_EQ(none.los, 0.5);
 }
 
+Pentanomial penta(int p0, int p1, int p2, int p3, int p4) { return Pentanomial{{p0, p1, p2, p3, p4}}; }
+
+TEST(RefereeSprt, LogLikelihoodRatio) {
+  EXPECT_DOUBLE_EQ(expectedScore(0), 0.5);
+  EXPECT_NEAR(expectedScore(100), 0.640065, 1e-6);
+  EXPECT_NEAR(expectedScore(-100), 1 - expectedScore(100), 1e-12);
+  EXPECT_EQ(sprtLlr(penta(0, 0, 0, 0, 0), 0, 5), 0);
+  // Mean 3/4, variance (0.125 + prior 0.1875) / 5 = 1/16:
+  // LLR = 4 (s1 - 1/2) (3/2 - 1/2 - s1) / (1/8).
+  EXPECT_NEAR(sprtLlr(penta(0, 0, 1, 2, 1), 0, 100), 1.61326, 1e-4);
+  // Even results speak for H0 when H1 is the stronger; hypotheses symmetric
+  // about 0 cannot tell, and mirrored counts with mirrored hypotheses agree.
+  EXPECT_LT(sprtLlr(penta(10, 20, 40, 20, 10), 0, 10), 0);
+  EXPECT_NEAR(sprtLlr(penta(10, 20, 40, 20, 10), -5, 5), 0, 1e-12);
+  EXPECT_NEAR(sprtLlr(penta(3, 9, 20, 14, 6), 0, 5), sprtLlr(penta(6, 14, 20, 9, 3), 0, -5), 1e-12);
+  // A run of won pairs has no variance of its own, yet one pair is no proof.
+  EXPECT_GT(sprtLlr(penta(0, 0, 0, 0, 1), 0, 100), 0);
+  EXPECT_LT(sprtLlr(penta(0, 0, 0, 0, 1), 0, 100), 2.94);
+  EXPECT_GT(sprtLlr(penta(0, 0, 0, 0, 4), 0, 100), 2.95);
+}
+
+TEST(RefereeSprt, PairsGamesInAnyOrderAndStopsAtABound) {
+  auto game = [](int index, int winner) {
+    GameResult r;
+    r.index = index;
+    r.winner = winner;
+    return r;
+  };
+  Sprt sprt({0, 100, 0.05, 0.05});
+  EXPECT_NEAR(sprt.lower(), -2.944, 1e-3);
+  EXPECT_NEAR(sprt.upper(), 2.944, 1e-3);
+  // Engine 1 wins every game, the halves of pairs finishing out of order.
+  EXPECT_FALSE(sprt.add(game(1, 0)));
+  EXPECT_FALSE(sprt.add(game(2, 0)));
+  EXPECT_TRUE(sprt.add(game(0, 0)));
+  EXPECT_EQ(sprt.verdict(), SprtVerdict::Inconclusive);
+  for (int g = 3; g < 8; ++g) sprt.add(game(g, 0));
+  EXPECT_EQ(sprt.verdict(), SprtVerdict::AcceptH1);
+  EXPECT_EQ(sprt.progress().rfind("SPRT: games 8 W 8 L 0 D 0 elo +inf +- inf", 0), 0u) << sprt.progress();
+  EXPECT_EQ(sprt.conclusion().rfind("SPRT: H1 accepted, LLR ", 0), 0u) << sprt.conclusion();
+  // Split pairs: one win and one loss each.
+  Sprt even({0, 100, 0.05, 0.05});
+  for (int g = 0; g < 12; ++g) even.add(game(g, g % 2));
+  EXPECT_EQ(even.verdict(), SprtVerdict::AcceptH0);
+  EXPECT_NE(even.progress().find("W 6 L 6 D 0 elo +0.0 +- 0.0"), std::string::npos) << even.progress();
+}
+
 std::string parse(std::vector<const char*> args, Options& out) {
   args.insert(args.begin(), "zorva_match");
   return parseOptions(int(args.size()), args.data(), out);
@@ -124,6 +172,15 @@ TEST(RefereeOptions, BoardShapeAndRepeatedInfo) {
   EXPECT_FALSE(square.config.rectangular);
   EXPECT_EQ(square.config.height, 20);
   EXPECT_FALSE(square.seed.has_value());
+  EXPECT_FALSE(square.sprt.has_value());
+  Options sprt;
+  ASSERT_EQ(parse({"--engine1", "a", "--engine2", "b", "--sprt", "-5", "5", "--games", "9"}, sprt), "");
+  EXPECT_EQ(sprt.sprt->elo0, -5);
+  EXPECT_EQ(sprt.sprt->alpha, 0.05);
+  EXPECT_EQ(sprt.games, 9);
+  ASSERT_EQ(parse({"--engine1", "a", "--engine2", "b", "--sprt", "0", "5", "0.1", "0.2"}, sprt), "");
+  EXPECT_EQ(sprt.sprt->elo1, 5);
+  EXPECT_EQ(sprt.sprt->beta, 0.2);
 }
 
 TEST(RefereeOptions, RefusesBadArguments) {
@@ -136,6 +193,9 @@ TEST(RefereeOptions, RefusesBadArguments) {
       {"--engine1", "a", "--engine2", "b", "--width", "20"},
       {"--engine1", "a", "--engine2", "b", "--bogus", "1"},
       {"--engine1", "a", "--engine2", "b", "--games"},
+      {"--engine1", "a", "--engine2", "b", "--sprt", "5", "0"},
+      {"--engine1", "a", "--engine2", "b", "--sprt", "0", "5", "0.05"},
+      {"--engine1", "a", "--engine2", "b", "--sprt", "0", "5", "0", "0.05"},
   };
   for (const auto& args : bad) {
     Options o;

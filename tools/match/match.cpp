@@ -75,8 +75,8 @@ int elapsedMs(Clock::time_point since) {
 
 class Game {
  public:
-  Game(const MatchConfig& config, const Opening& opening, int black, int index)
-      : cfg_(config), board_(config.width, config.height) {
+  Game(const MatchConfig& config, const Opening& opening, int black, int index, const std::atomic<bool>* stop)
+      : cfg_(config), stop_(stop), board_(config.width, config.height) {
     result_.index = index;
     result_.black = black;
     result_.opening = opening;
@@ -86,13 +86,16 @@ class Game {
 
   GameResult play() {
     if (startEngines()) {
-      while (!over_) move();
+      while (!over_ && !stopped()) move();
     }
+    result_.abandoned = !over_;
     stopEngines();
     return result_;
   }
 
  private:
+  bool stopped() const { return stop_ && stop_->load(); }
+
   void trace(int e, const char* dir, const std::string& line) {
     if (cfg_.trace)
       cfg_.trace("game " + std::to_string(result_.index + 1) + " " + cfg_.name[e] + " " + dir + " " + line);
@@ -319,6 +322,7 @@ class Game {
   }
 
   const MatchConfig& cfg_;
+  const std::atomic<bool>* stop_;
   Board board_;
   GameResult result_;
   EngineProcess engine_[2];
@@ -330,8 +334,9 @@ class Game {
 
 }  // namespace
 
-GameResult playGame(const MatchConfig& config, const Opening& opening, int black, int index) {
-  return Game(config, opening, black, index).play();
+GameResult playGame(const MatchConfig& config, const Opening& opening, int black, int index,
+                    const std::atomic<bool>* stop) {
+  return Game(config, opening, black, index, stop).play();
 }
 
 std::vector<GamePlan> planGames(int games, int openings, const uint64_t* seed) {
@@ -350,18 +355,20 @@ std::vector<GamePlan> planGames(int games, int openings, const uint64_t* seed) {
 
 std::vector<GameResult> runMatch(const MatchConfig& config, const std::vector<Opening>& openings,
                                  const std::vector<GamePlan>& plan, int concurrency,
-                                 const std::function<void(const GameResult&)>& onGame) {
-  std::vector<GameResult> results(plan.size());
+                                 const std::function<bool(const GameResult&)>& onGame) {
+  std::vector<GameResult> results;
   std::atomic<size_t> next{0};
+  std::atomic<bool> stop{false};
   std::mutex reportLock;
   const Opening empty;
   auto worker = [&] {
-    for (size_t g; (g = next++) < plan.size();) {
+    for (size_t g; !stop && (g = next++) < plan.size();) {
       const Opening& o = openings.empty() ? empty : openings[size_t(plan[g].opening)];
-      GameResult r = playGame(config, o, plan[g].black, int(g));
+      GameResult r = playGame(config, o, plan[g].black, int(g), &stop);
+      if (r.abandoned) continue;
       std::lock_guard<std::mutex> lock(reportLock);
-      results[g] = r;
-      if (onGame) onGame(results[g]);
+      results.push_back(std::move(r));
+      if (onGame && !onGame(results.back())) stop = true;
     }
   };
   int threads = std::clamp(concurrency, 1, std::max(1, int(plan.size())));
@@ -369,6 +376,8 @@ std::vector<GameResult> runMatch(const MatchConfig& config, const std::vector<Op
   for (int t = 1; t < threads; ++t) pool.emplace_back(worker);
   worker();
   for (std::thread& t : pool) t.join();
+  std::sort(results.begin(), results.end(),
+            [](const GameResult& a, const GameResult& b) { return a.index < b.index; });
   return results;
 }
 

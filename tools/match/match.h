@@ -1,6 +1,7 @@
 #pragma once
 // The game manager: plays games between two engine commands over the line
 // protocol and referees every move.
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -55,10 +56,14 @@ struct GameResult {
   std::string detail;             // what exactly happened, for the report
   int maxLatencyMs[2] = {0, 0};   // slowest answer of each engine
   int movesPlayed[2] = {0, 0};
+  bool abandoned = false;         // stopped undecided; winner and reason mean nothing
 };
 
-// Plays one game from the opening; engine `black` (0 or 1) plays black.
-GameResult playGame(const MatchConfig& config, const Opening& opening, int black, int index);
+// Plays one game from the opening; engine `black` (0 or 1) plays black. Once
+// `stop` is set the game is abandoned after the answer being awaited, and
+// both engines get END as after any game.
+GameResult playGame(const MatchConfig& config, const Opening& opening, int black, int index,
+                    const std::atomic<bool>* stop = nullptr);
 
 // Which opening and colours each game gets: game 2k and 2k + 1 share an
 // opening, engine 1 black in the first of the pair and white in the second.
@@ -71,9 +76,11 @@ struct GamePlan {
 std::vector<GamePlan> planGames(int games, int openings, const uint64_t* seed);
 
 // Runs the planned games on up to `concurrency` threads. `onGame` is called
-// once per finished game, one call at a time, in the order games finish.
+// once per finished game, one call at a time, in the order games finish; when
+// it returns false no further game starts and the games in progress are
+// abandoned. Returns the finished games in plan order.
 std::vector<GameResult> runMatch(const MatchConfig& config, const std::vector<Opening>& openings,
                                  const std::vector<GamePlan>& plan, int concurrency,
-                                 const std::function<void(const GameResult&)>& onGame);
+                                 const std::function<bool(const GameResult&)>& onGame);
 
 }  // namespace zorva::referee

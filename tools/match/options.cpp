@@ -1,6 +1,7 @@
 #include "match/options.h"
 
 #include <cerrno>
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <type_traits>
@@ -15,6 +16,16 @@ bool toInt(const std::string& text, long long lo, long long hi, long long& out) 
   errno = 0;
   long long v = std::strtoll(text.c_str(), &end, 10);
   if (errno != 0 || *end != '\0' || v < lo || v > hi) return false;
+  out = v;
+  return true;
+}
+
+bool toDouble(const std::string& text, double& out) {
+  if (text.empty()) return false;
+  char* end = nullptr;
+  errno = 0;
+  double v = std::strtod(text.c_str(), &end);
+  if (errno != 0 || *end != '\0' || !std::isfinite(v)) return false;
   out = v;
   return true;
 }
@@ -96,6 +107,20 @@ std::string parseOptions(int argc, const char* const* argv, Options& out) {
       error = number(1, 64, out.concurrency);
     } else if (opt == "--games-out") {
       out.gamesOut = value;
+    } else if (opt == "--positions-out") {
+      out.positionsOut = value;
+    } else if (opt == "--sprt") {
+      // elo0 elo1, then alpha and beta unless the next argument is an option.
+      SprtSettings t;
+      const char* wants = "--sprt wants elo0 elo1 [alpha beta] with elo0 < elo1 and alpha, beta in (0, 0.5)";
+      if (i + 1 >= argc || !toDouble(value, t.elo0) || !toDouble(argv[++i], t.elo1) || t.elo0 >= t.elo1)
+        return wants;
+      if (i + 1 < argc && std::string(argv[i + 1]).rfind("--", 0) != 0) {
+        if (i + 2 >= argc || !toDouble(argv[i + 1], t.alpha) || !toDouble(argv[i + 2], t.beta)) return wants;
+        i += 2;
+      }
+      if (t.alpha <= 0 || t.alpha >= 0.5 || t.beta <= 0 || t.beta >= 0.5) return wants;
+      out.sprt = t;
     } else {
       return "unknown option " + opt + " (see --help)";
     }
@@ -117,7 +142,11 @@ on standard input and output, and referees them.
   --name1 NAME, --name2 NAME     names in the report (engine1, engine2)
   --games N                      games to play (2); each opening is played twice
                                  with colours swapped, engine1 black first; the
-                                 openings start over when the games outnumber them
+                                 openings start over when the games outnumber them.
+                                 With --sprt the most games to play
+  --sprt ELO0 ELO1 [ALPHA BETA]  stop once the test on game pairs accepts H0
+                                 (engine1 is ELO0 stronger) or H1 (ELO1 stronger);
+                                 ALPHA and BETA are its error rates (0.05 0.05)
   --openings FILE                opening book, one opening a line ("h8i9": letter
                                  = x from a, number = y + 1); none: empty board
   --seed S                       shuffle the openings with seed S (file order)
@@ -133,6 +162,10 @@ on standard input and output, and referees them.
   --info "KEY VALUE"             extra INFO line for both engines; repeatable
   --concurrency K                games played at once (1)
   --games-out FILE               also write the per-game lines to FILE
+  --positions-out FILE           append every position of each game to FILE:
+                                 "<moves> <result> <rule>", moves as in the book
+                                 ("-": empty board), result for the side to move
+                                 (1 win, 0 loss, 0.5 draw)
   --stderr                       let the engines' standard error through
   --verbose                      print every protocol line on standard error
 
@@ -144,6 +177,12 @@ that ends or gives no OK after START. A full board is a draw.
 Elo from engine1's view: score p = (W + D/2) / N, Elo = -400 log10(1/p - 1);
 the 95% margin maps p +- 1.96 sqrt(var / N) through the same formula, with
 var = (W (1-p)^2 + D (1/2-p)^2 + L p^2) / N. LOS = 1/2 (1 + erf((W-L) / sqrt(2 (W+L)))).
+
+SPRT on the N complete pairs: x = engine1's points in a pair / 2, with mean m
+and variance v; s0, s1 = 1 / (1 + 10^(-ELO/400)); LLR = N (s1-s0) (2m-s0-s1) / (2v),
+bounds ln(BETA / (1-ALPHA)) and ln((1-BETA) / ALPHA). A line "SPRT: ..." follows
+each complete pair; games in progress when a bound is crossed are abandoned
+after their current move.
 
 Exit status: 0 when the match was played, whatever its result; 2 on bad
 arguments or an unreadable opening book.

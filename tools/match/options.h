@@ -5,6 +5,7 @@
 #include <string>
 
 #include "match/match.h"
+#include "match/sprt.h"
 
 namespace zorva::referee {
 
@@ -15,6 +16,8 @@ struct Options {
   std::optional<uint64_t> seed;  // shuffles the openings
   int concurrency = 1;
   std::string gamesOut;          // file for the per-game lines
+  std::string positionsOut;      // file the games' positions are appended to
+  std::optional<SprtSettings> sprt;  // stop early on its verdict; games is then the most
   bool verbose = false;
   bool help = false;
 };
