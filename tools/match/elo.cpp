@@ -9,7 +9,7 @@ double eloFromScore(double p) {
   constexpr double inf = std::numeric_limits<double>::infinity();
   if (p <= 0) return -inf;
   if (p >= 1) return inf;
-  return -400.0 * std::log10(1.0 / p - 1.0);
+  return -400.0 * std::log10(1.0 / p - 1.0) + 0.0;  // + 0: an even score is +0, not -0
 }
 
 EloEstimate estimateElo(int wins, int losses, int draws) {

@@ -97,9 +97,8 @@ std::string Sprt::progress() const {
   double lo = mean - 1.96 * se, hi = mean + 1.96 * se;
   double margin = lo <= 0 || hi >= 1 ? std::numeric_limits<double>::infinity()
                                      : (eloFromScore(hi) - eloFromScore(lo)) / 2;
-  // Adding 0 turns the -0 of an even score into +0.
   return format("SPRT: games %d W %d L %d D %d elo %+.1f +- %.1f LLR %.2f [%.2f, %.2f]", 2 * n, wins_, losses_,
-                draws_, eloFromScore(mean) + 0.0, margin, llr(), lower(), upper());
+                draws_, eloFromScore(mean), margin, llr(), lower(), upper());
 }
 
 std::string Sprt::conclusion() const {
