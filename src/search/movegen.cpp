@@ -6,6 +6,7 @@
 #include "board/values.h"
 #include "board/zobrist.h"
 #include "protocol/engine_state.h"
+#include "search/vct.h"
 
 namespace zorva {
 
@@ -98,6 +99,20 @@ int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
       out[count++] = {stageScore(b, m, side, request.killers) + orderingScore(s, b, m, side, request.ply), m};
     }
   return count;
+}
+
+int keepThreatDefences(Searcher& s, Colour side, ScoredMove* moves, int count, int nodeBudget, int maxThrees) {
+  Board& b = s.board;
+  bool zone[kCellSlots] = {};
+  if (vctPlies(s, opponent(side), nodeBudget, maxThrees, nullptr, zone) < 0) return count;
+  int kept = 0;
+  for (int i = 0; i < count; ++i) {
+    const Move m = moves[i].move;
+    if (zone[m] || b.threat(side, kFourClass).contains(m) || b.threat(side, kOpenFourClass).contains(m) ||
+        b.threat(side, kThreeClass).contains(m))
+      moves[kept++] = moves[i];
+  }
+  return kept > 0 ? kept : count;
 }
 
 void pickBest(ScoredMove* moves, int from, int count) {

@@ -33,6 +33,12 @@ void pickBest(ScoredMove* moves, int from, int count);
 // Orders moves best first; equal scores keep their order.
 void sortMoves(ScoredMove* moves, int count);
 
+// When the opponent, were it to move, wins by continuous threats within the
+// budget, only a move on the cells of that win, or a four or three of ours
+// that takes the tempo, can stop it: the other moves are dropped, unless
+// none would be left. Returns the new count; the order is kept.
+int keepThreatDefences(Searcher& s, Colour side, ScoredMove* moves, int count, int nodeBudget, int maxThrees);
+
 // True when `side` may play `m`: a free cell of the board, not forbidden for
 // Renju black, not leading into a blocked path.
 bool playable(Board& b, Move m, Colour side);

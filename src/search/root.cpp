@@ -13,12 +13,16 @@
 #include "search/search.h"
 #include "search/searcher.h"
 #include "search/tt.h"
+#include "search/vct.h"
 
 namespace zorva {
 
 namespace {
 
 constexpr int kRealtimeDepth = 8;
+constexpr int kRootVctDepth = 2;  // the first iteration only has to find a move
+constexpr int kRootVctNodes = 20000;
+constexpr int kRootVctThrees = 8;
 constexpr int32_t kBigDrop = 968;  // a fall this large is a refutation, not noise
 constexpr int32_t kDropFloor = 30;
 
@@ -110,7 +114,21 @@ int32_t searchRoot(Searcher& s, int depth, Colour side) {
   const bool realtime = depth >= kRealtimeDepth && engine.settings.showDetail && !engine.ponderActive;
   const int32_t reference = t.rootValue;
   ScoredMove* moves = s.moveLists[0];
-  const int count = rootMoves(s, depth, side, moves);
+  int count = rootMoves(s, depth, side, moves);
+  // A search stopped before its first move finishes still plays a legal one.
+  if (t.bestMove == kNoMove && count > 0) t.bestMove = moves[0].move;
+  if (count > 1 && depth >= kRootVctDepth) {
+    // A win by continuous threats ends the search: the first threat is played.
+    Move win = kNoMove;
+    const int plies = vctPlies(s, side, kRootVctNodes, kRootVctThrees, &win);
+    if (plies >= 0 && playable(s.board, win, side) && !engine.blockTable[win]) {
+      t.bestMove = win;
+      s.pv[0][0] = win;
+      s.pvLength[0] = 1;
+      return kWin + depth - plies;
+    }
+    count = keepThreatDefences(s, side, moves, count, kRootVctNodes, kRootVctThrees);
+  }
   t.singleReply = count == 1;
   if (realtime) sendLine("MESSAGE REALTIME REFRESH");
 

@@ -21,6 +21,9 @@ void Searcher::clearOrdering() {
   std::memset(history, 0, sizeof history);
 }
 
-void Searcher::clearThreatCache() { std::memset(vcfCache, 0, sizeof vcfCache); }
+void Searcher::clearThreatCache() {
+  std::memset(vcfCache, 0, sizeof vcfCache);
+  std::memset(vctCache, 0, sizeof vctCache);
+}
 
 }  // namespace zorva

@@ -12,6 +12,7 @@ namespace zorva {
 constexpr int kMaxSearchers = 8;
 constexpr int kMaxPly = 128;
 constexpr int kVcfCacheSize = 1 << 16;
+constexpr int kVctCacheSize = 1 << 15;
 
 struct ScoredMove {
   int32_t score;
@@ -29,7 +30,7 @@ struct Killer {
 struct VcfCacheEntry {
   uint64_t key;
   int16_t plies;   // plies to the win, or -1 for none found
-  int16_t budget;  // the ply budget the result holds for
+  int16_t budget;  // the ply budget (threes, for the wider search) the result holds for
 };
 
 struct SplitPoint;
@@ -46,6 +47,7 @@ struct Searcher {
   int32_t history[kMaxPly][kCellSlots];
   Move scratch[kMaxPly][kMaxStones];  // evaluation's threat-cell lists
   VcfCacheEntry vcfCache[kVcfCacheSize];
+  VcfCacheEntry vctCache[kVctCacheSize];
 
   // Forgets what the previous iteration learnt about move order.
   void clearOrdering();

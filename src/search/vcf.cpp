@@ -10,12 +10,13 @@ namespace zorva {
 
 namespace {
 
-constexpr int kVcfNodeLimit = 6000;  // per call: a threat search must stay cheap at every node
 constexpr uint64_t kWhiteAttacks = 0x9E3779B97F4A7C15ull;
 constexpr uint64_t kRuleKeys[kRuleCount] = {0, 0xD1B54A32D192ED03ull, 0x8CB92BA72F3D8DD7ull};
 
 struct VcfRun {
   Searcher& s;
+  int nodeLimit;
+  bool* zone;  // when given, the cells of the win found are marked
   int nodes = 0;
   bool truncated = false;
 };
@@ -35,23 +36,38 @@ int fourMoves(const Board& b, Colour side, Move* out) {
 
 VcfCacheEntry& cacheSlot(Searcher& s, uint64_t key) { return s.vcfCache[key & (kVcfCacheSize - 1)]; }
 
+}  // namespace
+
+void markFives(const Board& b, Colour side, bool* zone) {
+  if (zone)
+    b.threat(side, kFiveClass).forEach([zone](Move m) {
+      zone[m] = true;
+      return true;
+    });
+}
+
+namespace {
+
 // Plies until `side` (to move) has a five on the board by continuous fours,
 // or -1. `firstMove`, when given, receives the four that starts the win.
 int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
   Board& b = run.s.board;
   if (!b.threat(side, kFiveClass).empty()) {
     if (firstMove) b.threat(side, kFiveClass).firstOf(firstMove);
+    markFives(b, side, run.zone);
     return 0;
   }
   if (budget < 2 || countNode(run.s)) return -1;
-  if (++run.nodes > kVcfNodeLimit) {
+  if (++run.nodes > run.nodeLimit) {
     run.truncated = true;
     return -1;
   }
   const uint64_t key = b.hash ^ (side == WHITE ? kWhiteAttacks : 0) ^ kRuleKeys[b.rule];
   VcfCacheEntry& slot = cacheSlot(run.s, key);
   // A stored budget of 0 marks an empty slot: results are only stored with budgets of 2 and more.
-  if (slot.key == key && slot.budget > 0 && !firstMove && (slot.plies >= 0 ? slot.plies <= budget : budget <= slot.budget))
+  // A remembered win names no cells, so a run that marks them searches again.
+  if (slot.key == key && slot.budget > 0 && !firstMove && !(run.zone && slot.plies >= 0) &&
+      (slot.plies >= 0 ? slot.plies <= budget : budget <= slot.budget))
     return slot.plies;
 
   const Colour other = opponent(side);
@@ -77,14 +93,17 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
     int plies = -1;
     if (fives >= 2 || (fives == 1 && renjuBlack(b, other) && isForbidden(b, five))) {
       plies = 2;  // two fives, or one black may not take
+      markFives(b, side, run.zone);
     } else if (fives == 1) {
       b.placeStone<Update::Light>(five, other);
       const int rest = attack(run, side, budget - 2, nullptr);
       b.removeStone<Update::Light>(five);
       if (rest >= 0) plies = rest + 2;
+      if (rest >= 0 && run.zone) run.zone[five] = true;
     }
     b.removeStone<Update::Light>(m);
     if (plies >= 0) {
+      if (run.zone) run.zone[m] = true;
       slot = {key, int16_t(plies), int16_t(budget)};
       if (firstMove) *firstMove = m;
       return plies;
@@ -99,16 +118,20 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
 // The search's depth does not limit the threat search: fours force their
 // replies, so a fixed ply budget keeps it cheap at any depth.
 int32_t vcf(Searcher& s, int, Colour side) {
-  VcfRun run{s};
-  const int plies = attack(run, side, kMaxVcfPlies, nullptr);
+  const int plies = vcfPlies(s, side, nullptr);
   return plies < 0 ? 0 : kWin + kVcfDepthBase - plies;
+}
+
+int vcfPlies(Searcher& s, Colour side, Move* firstMove, int nodeLimit, bool* zone) {
+  VcfRun run{s, nodeLimit, zone};
+  return attack(run, side, kMaxVcfPlies, firstMove);
 }
 
 Move quickWinMove(Searcher& s, Colour side) {
   const Board& b = s.board;
   Move m = kNoMove;
   if (b.threat(side, kFiveClass).firstOf(&m)) return m;
-  VcfRun run{s};
+  VcfRun run{s, kVcfNodeLimit, nullptr};
   m = kNoMove;
   return attack(run, side, kMaxVcfPlies, &m) >= 0 ? m : kNoMove;
 }
