@@ -20,7 +20,7 @@ class EngineSearch : public SearchBackend {
 };
 
 // Makes the table the settings ask for: of the set size, cleared when it
-// was filled under another rule. Cheap at any size (see clear), so it runs
+// was filled under another rule. Cheap at any size (see ensureRule), so it runs
 // wherever nothing searches: INFO, a new game, a turn's set-up. Memory that
 // cannot be had is reported once per size asked for; the search then goes
 // on with the table it has, or none.

@@ -134,19 +134,19 @@ bool TranspositionTable::resize(int32_t hashSize) {
 void TranspositionTable::clear() {
   if (!words_ || !written_.load(std::memory_order_relaxed)) return;
   written_.store(false, std::memory_order_relaxed);
-  const uint64_t bytes = bytesFor(sizeSetting_);
-  if (uint64_t* fresh = mapZeroed(bytes)) {
-    release(words_, bytes);
-    words_ = fresh;
-  } else {
-    std::memset(words_, 0, bytes);
-  }
+  std::memset(words_, 0, bytesFor(sizeSetting_));
 }
 
 void TranspositionTable::ensureRule(int rule) {
   if (rule == rule_) return;
-  clear();
   rule_ = rule;
+  if (!words_ || !written_.load(std::memory_order_relaxed)) return;
+  const uint64_t bytes = bytesFor(sizeSetting_);
+  uint64_t* fresh = mapZeroed(bytes);
+  if (!fresh) return clear();
+  written_.store(false, std::memory_order_relaxed);
+  release(words_, bytes);
+  words_ = fresh;
 }
 
 uint64_t* TranspositionTable::entryWords(uint64_t key, int side, int index) const {

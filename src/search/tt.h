@@ -53,12 +53,14 @@ class TranspositionTable {
   // false when the memory could not be had; the old tables then stay, and
   // refusedSetting() remembers the size asked for.
   bool resize(int32_t hashSize);
-  // Empties the tables. Fresh pages from the system take the place of the
-  // used ones, so the cost does not grow with the size: the pages are
-  // zeroed as the search first touches them, and the used ones are given
-  // back by a thread of their own. Must not run while a search uses the table.
+  // Empties the tables in place, keeping their pages (for benchmarks and
+  // tests that clear a small table often).
   void clear();
-  // Clears the tables when they were filled under another rule.
+  // Empties the tables when they were filled under another rule. Fresh
+  // pages from the system take the place of the used ones, so the cost does
+  // not grow with the size: the pages are zeroed as the search first
+  // touches them, and the used ones are given back by a thread of their
+  // own. Must not run while a search uses the table.
   void ensureRule(int rule);
 
   int32_t probe(uint64_t key, int stones, int depth, int32_t alpha, int32_t beta, int side, Move* moves,
