@@ -104,15 +104,18 @@ void Board::reset(int newWidth, int newHeight, int newRule) {
       line[d][i] = (kWallBits << (kLineMargin - 2)) | (kWallBits << (2 * length + kLineMargin));
     }
   }
-  // The square outside the rectangle is wall: it closes lines like the edge
-  // and keys the hash, so rectangles of different shapes never share entries.
-  for (int row = 0; row < size; ++row)
-    for (int col = 0; col < size; ++col)
+  // The square outside the rectangle is wall: it closes lines like the
+  // edge. Every cell of the largest board outside the rectangle keys the
+  // hash as a wall, so that positions on boards of different sizes or
+  // shapes never share a table entry.
+  for (int row = 0; row < kMaxSide; ++row)
+    for (int col = 0; col < kMaxSide; ++col)
       if (!inside(row, col)) {
         const Move m = makeMove(row, col);
+        hash ^= zobristKeys[m][WALL];
+        if (row >= size || col >= size) continue;
         cells[m] = WALL;
         setLineBits(m, WALL);
-        hash ^= zobristKeys[m][WALL];
       }
   resetRooms();
 }
@@ -138,7 +141,7 @@ void Board::refreshValue(Move m) {
   for (int c = 0; c < 2; ++c) {
     const int value = scaledCellValue(ci.patternWord[c], ci.roomSum[c]);
     totalValue[c] += value - ci.cellValue[c];
-    ci.cellValue[c] = uint16_t(value);
+    ci.cellValue[c] = int16_t(value);
   }
 }
 
@@ -193,7 +196,7 @@ inline void Board::setCode(Move m, int ci, int d, uint32_t newCode) {
     CellInfo& cell = info[m];
     const int value = scaledCellValue(word, cell.roomSum[ci]);
     totalValue[ci] += value - cell.cellValue[ci];
-    cell.cellValue[ci] = uint16_t(value);
+    cell.cellValue[ci] = int16_t(value);
   }
 }
 

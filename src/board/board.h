@@ -18,7 +18,7 @@ constexpr uint64_t kWallBits = 3;
 // and pattern codes, direction d in bits 4d..4d+3.
 struct CellInfo {
   uint16_t roomSum[2];      // sum of the four room nibbles, 0..32
-  uint16_t cellValue[2];    // static value of the cell for that colour
+  int16_t cellValue[2];     // static value of the cell for that colour; learned values may be negative
   uint32_t patternWord[2];  // what a stone of that colour here makes, per direction
   uint32_t room[2];         // usable cells within four steps, both sides together, per direction
 

@@ -39,9 +39,13 @@ std::string checkLines(const Board& b) {
 std::string checkCells(const Board& b) {
   uint64_t hash = 0;
   int stones = 0, marked = 0;
-  for (int row = 0; row < b.size; ++row)
-    for (int col = 0; col < b.size; ++col) {
+  for (int row = 0; row < kMaxSide; ++row)
+    for (int col = 0; col < kMaxSide; ++col) {
       const Move m = makeMove(row, col);
+      if (row >= b.size || col >= b.size) {
+        hash ^= zobristKeys[m][WALL];  // beyond the storage square: keys the board's size
+        continue;
+      }
       const Colour c = b.cells[m];
       if (!b.inside(row, col) && c != WALL) return fault("cell outside the rectangle is not a wall", row, col);
       if (c != EMPTY) hash ^= zobristKeys[m][c];

@@ -36,6 +36,16 @@ struct Expr {
   int height = 1;  // 1 + the largest height among the operands
 };
 
+// Where a statement begins in the script, for error messages; line and
+// column count from 1, 0 means unknown.
+struct SourcePos {
+  int line = 0;
+  int column = 0;
+};
+
+// " at line L, column C", or nothing when the place is unknown.
+std::string describePos(SourcePos pos);
+
 enum class StmtKind : uint8_t {
   Empty,
   Expression,   // expr
@@ -66,6 +76,7 @@ struct Stmt {
   std::vector<Declarator> declarators;
   ExprPtr expr;
   std::vector<StmtPtr> children;
+  SourcePos pos;
 };
 
 struct Param {

@@ -131,7 +131,9 @@ std::optional<Value> Interpreter::call(const Expr& e, bool valueNeeded) {
   }
   env_.pushFrame();
   for (std::size_t i = 0; i < f.params.size(); ++i) env_.addScalar(f.params[i].name, args[i]);
+  const SourcePos caller = where_;
   Flow flow = execAll(f.body);
+  where_ = caller;
   env_.popFrame();
   if (flow == Flow::Error) return std::nullopt;
   if (f.result == ValueType::Void) return Value{};

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "config/lexer.h"
+
 
 namespace zorva::config {
 
@@ -44,6 +46,7 @@ std::nullopt_t Interpreter::fail(std::string_view a, std::string_view b, std::st
     error_.append(a);
     error_.append(b);
     error_.append(c);
+    error_.append(describePos(where_));
   }
   return std::nullopt;
 }
@@ -78,6 +81,7 @@ std::optional<Value> Interpreter::convert(ValueType type, Value v) {
 Interpreter::Flow Interpreter::exec(const Stmt& s) {
   Enter enter(*this);
   if (!enter.ok()) return Flow::Error;
+  where_ = s.pos;
   switch (s.kind) {
     case StmtKind::Empty: return Flow::Normal;
     case StmtKind::Expression: {

@@ -83,6 +83,7 @@ class Interpreter {
   Environment env_;
   std::unordered_map<std::string, const Function*> functions_;
   std::string error_;
+  SourcePos where_;  // of the statement being run, named in error messages
   Value returned_;
   int64_t steps_ = 0;
   int depth_ = 0;

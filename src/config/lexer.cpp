@@ -42,11 +42,12 @@ class Scanner {
     ScanResult result;
     while (result.error.empty()) {
       if (!skipBlanksAndComments(result.error)) break;
+      Token token;
+      token.pos = place(pos_);
       if (pos_ == src_.size()) {
-        result.tokens.push_back(Token{});
+        result.tokens.push_back(token);
         break;
       }
-      Token token;
       if (!scanToken(token, result.error)) break;
       result.tokens.push_back(std::move(token));
     }
@@ -55,6 +56,17 @@ class Scanner {
   }
 
  private:
+  // Line and column of an offset; offsets are asked for in increasing order.
+  SourcePos place(std::size_t offset) {
+    for (; counted_ < offset; ++counted_) {
+      if (src_[counted_] == '\n') {
+        ++line_;
+        lineStart_ = counted_ + 1;
+      }
+    }
+    return {line_, static_cast<int>(offset - lineStart_) + 1};
+  }
+
   char at(std::size_t i) const { return i < src_.size() ? src_[i] : '\0'; }
   bool startsWith(std::string_view s) const { return src_.substr(pos_).starts_with(s); }
 
@@ -67,7 +79,7 @@ class Scanner {
       } else if (startsWith("/*")) {
         std::size_t end = src_.find("*/", pos_ + 2);
         if (end == std::string_view::npos) {
-          error = "Unterminated comment";
+          error = "Unterminated comment" + describePos(place(pos_));
           return false;
         }
         pos_ = end + 2;
@@ -106,7 +118,7 @@ class Scanner {
       scanNumber(token);
       return true;
     }
-    error = "Unexpected symbol " + describeCharacter(static_cast<unsigned char>(c));
+    error = "Unexpected symbol " + describeCharacter(static_cast<unsigned char>(c)) + describePos(place(pos_));
     return false;
   }
 
@@ -148,9 +160,16 @@ class Scanner {
 
   std::string_view src_;
   std::size_t pos_ = 0;
+  std::size_t counted_ = 0, lineStart_ = 0;  // place() has counted the lines before counted_
+  int line_ = 1;
 };
 
 }  // namespace
+
+std::string describePos(SourcePos pos) {
+  if (pos.line == 0) return {};
+  return " at line " + std::to_string(pos.line) + ", column " + std::to_string(pos.column);
+}
 
 std::string describeCharacter(unsigned char c) {
   if (c > ' ' && c < 0x7f) return std::string(1, static_cast<char>(c));

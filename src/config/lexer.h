@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "config/ast.h"
+
 namespace zorva::config {
 
 // Token kinds. An operator or punctuation mark of one character is its own
@@ -44,10 +46,12 @@ struct Token {
   int32_t intValue = 0;    // kTokIntLiteral
   float floatValue = 0;    // kTokFloatLiteral
   std::string text;        // kTokIdentifier, at most kMaxNameLength characters
+  SourcePos pos;           // of its first character
 };
 
 // On success `tokens` ends with one kTokEnd and `error` is empty; otherwise
-// `error` holds the message for the first character that cannot be scanned.
+// `error` holds the message for the first character that cannot be scanned,
+// with its line and column.
 struct ScanResult {
   std::vector<Token> tokens;
   std::string error;

@@ -91,8 +91,9 @@ class Parser {
     fail(message);
     return false;
   }
+  // The message names the token the parser stopped at.
   std::nullptr_t fail(const std::string& message) {
-    if (error_.empty()) error_ = message;
+    if (error_.empty()) error_ = message + describePos(tokens_[pos_].pos);
     return nullptr;
   }
   bool failed(const std::string& message) {
@@ -156,8 +157,13 @@ class Parser {
 
   // A declaration or a statement: what a block may hold.
   StmtPtr parseItem() {
-    if (isScalarType(peek()) || peek() == kTokVoid) return parseDeclaration();
+    if (isScalarType(peek()) || peek() == kTokVoid) return placed(tokens_[pos_].pos, parseDeclaration());
     return parseStatement();
+  }
+
+  static StmtPtr placed(SourcePos pos, StmtPtr s) {
+    if (s) s->pos = pos;
+    return s;
   }
 
   StmtPtr parseDeclaration() {
@@ -211,16 +217,18 @@ class Parser {
   StmtPtr parseStatement() {
     Nest nest(*this);
     if (!ok()) return nullptr;
+    const SourcePos at = tokens_[pos_].pos;
     switch (peek()) {
-      case '{': return parseBlock();
-      case kTokIf: return parseIf();
-      case kTokWhile: return parseWhile();
+      case '{': return placed(at, parseBlock());
+      case kTokIf: return placed(at, parseIf());
+      case kTokWhile: return placed(at, parseWhile());
       case kTokBreak:
-      case kTokContinue: return parseJump();
-      case kTokReturn: return parseReturn();
+      case kTokContinue: return placed(at, parseJump());
+      case kTokReturn: return placed(at, parseReturn());
       default: break;
     }
     auto s = std::make_unique<Stmt>();
+    s->pos = at;
     if (accept(';')) return s;
     s->kind = StmtKind::Expression;
     if (!(s->expr = parseExpr()) || !expect(';')) return nullptr;
@@ -373,6 +381,8 @@ class Parser {
   }
 
   ExprPtr parsePrimary() {
+    if (peek() != kTokIdentifier && peek() != kTokIntLiteral && peek() != kTokFloatLiteral && peek() != '(')
+      return fail(kSyntaxError);
     const Token& t = take();
     if (t.kind == kTokIntLiteral || t.kind == kTokFloatLiteral) {
       ExprPtr e = node(ExprKind::Literal);
@@ -384,7 +394,6 @@ class Parser {
       if (!e || !expect(')')) return nullptr;
       return e;
     }
-    if (t.kind != kTokIdentifier) return fail(kSyntaxError);
     if (accept('[')) return parseElement(t.text);
     if (accept('(')) return parseCall(t.text);
     ExprPtr e = node(ExprKind::Variable);

@@ -32,6 +32,11 @@ bool Database::inUse() const {
   return loaded_;
 }
 
+bool Database::changed() const {
+  std::lock_guard lock(mutex_);
+  return changed_;
+}
+
 void Database::free() {
   std::lock_guard lock(mutex_);
   freeLocked();
@@ -41,6 +46,7 @@ void Database::freeLocked() {
   for (Bucket& bucket : buckets_) Bucket().swap(bucket);
   rebuildIndexLocked();
   loaded_ = false;
+  changed_ = false;
 }
 
 // Deals sorted records out in equal runs, the remainder to the last bucket,
@@ -147,7 +153,7 @@ FileResult Database::save() {
     fs::remove(temp, ec);
     return failed(why);
   }
-  damagedSetAside_ = false;
+  changed_ = false;
   return {};
 }
 
@@ -206,6 +212,7 @@ InsertResult Database::insert(std::string_view key, std::string_view text) {
   const int b = std::max(bucketForLocked(key), 0);
   Bucket& bucket = buckets_[b];
   auto it = std::lower_bound(bucket.begin(), bucket.end(), key, recordLess);
+  changed_ = true;
   if (it != bucket.end() && it->key() == key) {
     it->setText(text);
     return InsertResult::kReplaced;
@@ -232,6 +239,7 @@ bool Database::erase(std::string_view key) {
   const bool first = it == bucket.begin();
   bucket.erase(it);
   if (first) rebuildIndexLocked();
+  changed_ = true;
   return true;
 }
 
@@ -242,10 +250,11 @@ size_t Database::eraseIf(const std::function<bool(std::string_view key)>& doomed
   for (Bucket& bucket : buckets_)
     erased += std::erase_if(bucket, [&](const Record& r) { return doomed(r.key()); });
   rebuildIndexLocked();
+  if (erased > 0) changed_ = true;
   return erased;
 }
 
-size_t Database::insertMissing(std::vector<std::pair<std::string, std::string>> records) {
+size_t Database::insertMissing(std::vector<std::pair<std::string, std::string>> records, bool replace) {
   std::erase_if(records, [](const auto& r) {
     return !keyProblem(r.first).empty() || r.second.size() > static_cast<size_t>(kMaxFieldLength);
   });
@@ -259,8 +268,8 @@ size_t Database::insertMissing(std::vector<std::pair<std::string, std::string>> 
   merged.reserve(stored + records.size());
 
   // Merges the incoming records that sort before `bound` (all of the rest
-  // when there is none), skips those equal to it, and counts what it adds.
-  size_t added = 0;
+  // when there is none) and counts what it adds.
+  size_t added = 0, replaced = 0;
   auto next = records.begin();
   const auto mergeBefore = [&](std::optional<std::string_view> bound) {
     for (; next != records.end() && (!bound || keyLess(next->first, *bound)); ++next) {
@@ -268,17 +277,24 @@ size_t Database::insertMissing(std::vector<std::pair<std::string, std::string>> 
       merged.emplace_back(next->first, next->second);
       added++;
     }
-    while (bound && next != records.end() && next->first == *bound) ++next;
   };
   for (Bucket& bucket : buckets_) {
     for (Record& r : bucket) {
       mergeBefore(r.key());
-      merged.push_back(std::move(r));
+      const bool given = next != records.end() && next->first == r.key();
+      if (given && replace) {
+        merged.emplace_back(next->first, next->second);
+        replaced++;
+      } else {
+        merged.push_back(std::move(r));
+      }
+      while (given && next != records.end() && next->first == merged.back().key()) ++next;
     }
     Bucket().swap(bucket);
   }
   mergeBefore(std::nullopt);
   dealLocked(std::move(merged));
+  if (added + replaced > 0) changed_ = true;
   return added;
 }
 

@@ -66,6 +66,8 @@ class Database {
   FileResult save();
   void free();
   bool inUse() const;
+  // Edited since the last load or save.
+  bool changed() const;
 
   std::optional<std::string> lookup(const Position& position) const;
   std::optional<std::string> find(std::string_view key) const;
@@ -78,11 +80,12 @@ class Database {
   InsertResult insert(std::string_view key, std::string_view text);
   bool erase(std::string_view key);
   size_t eraseIf(const std::function<bool(std::string_view key)>& doomed);
-  // Adds every record whose key is not stored yet and deals the whole
+  // Adds every record whose key is not stored yet (with `replace`, also
+  // puts the given text in place of a stored one) and deals the whole
   // sequence evenly over the buckets, as a load does. Keys must be
   // canonical; records that cannot be stored are skipped. Returns the
-  // number added.
-  size_t insertMissing(std::vector<std::pair<std::string, std::string>> records);
+  // number of keys added.
+  size_t insertMissing(std::vector<std::pair<std::string, std::string>> records, bool replace = false);
   // Visits every record in key order under the lock.
   void forEach(const std::function<void(std::string_view key, std::string_view text)>& visit) const;
 
@@ -106,8 +109,10 @@ class Database {
   mutable std::mutex mutex_;
   std::string path_;
   bool loaded_ = false;
-  // Set when load found the file damaged and kept a copy of it.
+  // Set when load found the file damaged and kept a copy of it: the ".bak"
+  // then holds the last whole file and stays as it is until the next load.
   bool damagedSetAside_ = false;
+  bool changed_ = false;
   std::array<Bucket, kBuckets> buckets_;
   std::array<int, kBuckets> firstFilled_{};
   std::string indexBytes_;

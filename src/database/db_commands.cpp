@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
+#include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <span>
 #include <variant>
@@ -57,6 +58,13 @@ void readInts(std::string_view text, std::span<int> values) {
   }
 }
 
+// Edits reach the file at once: it is small and the save atomic, and a
+// manager that kills the engine or closes its input must not take the
+// user's edits with it.
+void saveEdits(Database& db, Lines& lines) {
+  if (db.changed()) addMessage(lines, db.save());
+}
+
 // Stores the new fields and message for the position; returns the fields
 // as stored, or an error line.
 std::variant<ResultFields, std::string> storeEdit(Database& db, std::string_view key,
@@ -69,16 +77,24 @@ std::variant<ResultFields, std::string> storeEdit(Database& db, std::string_view
   return readResult(text);
 }
 
-bool parseWholeInt(std::string_view text, int& value) {
-  const char* end = text.data() + text.size();
-  int parsed = 0;
-  const auto [ptr, ec] = std::from_chars(text.data(), end, parsed);
-  if (text.empty() || ec != std::errc() || ptr != end) return false;
-  value = parsed;
+// An export limit: a whole word of digits with an optional sign. A
+// negative one is no limit; one beyond the int range saturates.
+bool parseLimit(std::string_view text, int& value) {
+  const bool negative = !text.empty() && text.front() == '-';
+  if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
+  if (text.empty() || !std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }))
+    return false;
+  int64_t magnitude = 0;
+  for (char c : text) magnitude = std::min<int64_t>(magnitude * 10 + (c - '0'), INT32_MAX);
+  value = negative ? -1 : static_cast<int>(magnitude);
   return true;
 }
 
-const char* const kNoKey = "MESSAGE Database: position not stored, a move is off the board or repeated";
+// The fields as the record text holds them: t a signed byte, v and d int16.
+ResultFields clampFields(const ResultFields& f) {
+  return {std::clamp(f.t, int(INT8_MIN), int(INT8_MAX)), std::clamp(f.v, int(INT16_MIN), int(INT16_MAX)),
+          std::clamp(f.d, int(INT16_MIN), int(INT16_MAX))};
+}
 
 }  // namespace
 
@@ -100,17 +116,26 @@ Lines setDatabase(Database& db, std::string_view name, bool useDatabase) {
   const std::string newPath(trim(name));
   if (newPath == db.path()) return {};
   Lines lines;
+  // Records the old file could not take go to the new one, so that a wrong
+  // name never keeps the user from a right one, nor loses what was edited.
+  std::vector<std::pair<std::string, std::string>> unsaved;
+  const std::string oldPath = db.path();
   if (db.inUse()) {
     const FileResult saved = db.save();
     addMessage(lines, saved);
-    if (!saved.ok) {
-      lines.push_back("MESSAGE Database " + db.path() + " stays in use");
-      return lines;
-    }
+    if (!saved.ok) db.forEach([&](std::string_view key, std::string_view text) { unsaved.emplace_back(key, text); });
     db.free();
   }
   db.setPath(newPath);
-  if (useDatabase) addMessage(lines, db.load());
+  if (!useDatabase && unsaved.empty()) return lines;
+  addMessage(lines, db.load());
+  if (unsaved.empty()) return lines;
+  db.insertMissing(std::move(unsaved), true);
+  const FileResult saved = db.save();
+  addMessage(lines, saved);
+  lines.push_back("MESSAGE Database " + newPath + " took the records that " + oldPath + " could not keep" +
+                  (saved.ok ? "" : "; they stay in memory"));
+  if (saved.ok && !useDatabase) db.free();
   return lines;
 }
 
@@ -143,60 +168,72 @@ Lines queryAll(const Database& db, const Position& position,
   return lines;
 }
 
+// A position with a move off the board (or a cell played twice) has no
+// key: its edits answer as usual and are stored nowhere, since no lookup
+// could ever find them.
 Lines editTvd(Database& db, std::string_view args, const Position& position) {
   std::array<int, 4> numbers{0, kUnset, 0, 0};
   readInts(args, numbers);
   const auto [mask, t, v, d] = numbers;
   if (!db.inUse() || position.moves.empty()) return {};
   KeyBuffer key;
-  if (!canonicalKey(position, key)) return {kNoKey};
-  const std::optional<std::string> old = db.find(key.view());
+  const bool storable = canonicalKey(position, key);
+  const std::optional<std::string> old = storable ? db.find(key.view()) : std::nullopt;
   ResultFields fields = old ? readResult(*old) : ResultFields{};
   if (mask & 1) fields.t = t;
   if (mask & 2) fields.v = v;
   if (mask & 4) fields.d = d;
+  fields = clampFields(fields);
+  if (!storable) return {oneLine(fields)};
   const auto stored = storeEdit(db, key.view(), fields, old ? messageOf(*old) : std::string_view{});
   if (const auto* error = std::get_if<std::string>(&stored)) return {*error};
-  return {oneLine(std::get<ResultFields>(stored))};
+  Lines lines{oneLine(std::get<ResultFields>(stored))};
+  saveEdits(db, lines);
+  return lines;
 }
 
 Lines editRawMsg(Database& db, std::string_view message, const Position& position) {
   if (!db.inUse() || position.moves.empty()) return {};
+  const std::string_view rest = trim(message);
+  const std::string_view word = rest.substr(0, rest.find_first_of(" \t\r\n"));
   KeyBuffer key;
-  if (!canonicalKey(position, key)) return {kNoKey};
+  if (!canonicalKey(position, key)) return {oneLine(ResultFields{}, word)};
   const std::optional<std::string> old = db.find(key.view());
-  const std::string_view newMessage = trim(message);
-  const auto stored = storeEdit(db, key.view(), old ? readResult(*old) : ResultFields{}, newMessage);
+  const auto stored = storeEdit(db, key.view(), old ? readResult(*old) : ResultFields{}, word);
   if (const auto* error = std::get_if<std::string>(&stored)) return {*error};
-  return {oneLine(std::get<ResultFields>(stored), newMessage)};
+  Lines lines{oneLine(std::get<ResultFields>(stored), word)};
+  saveEdits(db, lines);
+  return lines;
 }
 
 Lines deleteOne(Database& db, const Position& position) {
   KeyBuffer key;
-  if (canonicalKey(position, key)) db.erase(key.view());
-  return {};
+  Lines lines;
+  if (canonicalKey(position, key) && db.erase(key.view())) saveEdits(db, lines);
+  return lines;
 }
 
 Lines deleteAll(Database& db, const Position& position,
                 const std::function<void(const std::string&)>& sendNow) {
   if (!db.inUse()) return {};
-  if (position.moves.empty())
-    return {"MESSAGE Database: not deleting without a move, that would delete every position of the board"};
-  KeyBuffer key;
-  if (!canonicalKey(position, key)) return {};
   Lines lines;
   const std::string working = "MESSAGE Working ...";
   if (sendNow)
     sendNow(working);
   else
     lines.push_back(working);
+  KeyBuffer key;
+  if (!canonicalKey(position, key)) {
+    lines.push_back("MESSAGE Done");
+    return lines;
+  }
 
   // A record extends the position when its leading moves are one of the
   // position's symmetric images; the canonical key's header is shared.
   const std::string_view header = key.view().substr(0, kKeyHeader);
   const size_t prefixLength = key.view().size() - kKeyHeader;
   std::vector<std::string> images;
-  for (int s = 0; s < symmetryCount(position.height, position.width); s++) {
+  for (int s = 0; s < kSymmetries; s++) {
     std::string image;
     for (int32_t cell : position.moves) {
       int x = cellX(cell), y = cellY(cell);
@@ -211,6 +248,7 @@ Lines deleteAll(Database& db, const Position& position,
     const std::string_view lead = stored.substr(kKeyHeader, prefixLength);
     return std::any_of(images.begin(), images.end(), [&](const std::string& image) { return lead == image; });
   });
+  saveEdits(db, lines);
   lines.push_back("MESSAGE Done");
   return lines;
 }
@@ -220,7 +258,7 @@ Lines dbToTxt(const Database& db, std::string_view params, int rule, int height,
   std::string_view name = trim(params);
   int maxMoves = -1;
   if (const size_t space = name.find_last_of(" \t");
-      space != std::string_view::npos && parseWholeInt(name.substr(space + 1), maxMoves))
+      space != std::string_view::npos && parseLimit(name.substr(space + 1), maxMoves))
     name = trim(name.substr(0, space));
   if (name.empty()) return {"MESSAGE Database export needs a file name"};
   const TextResult result = exportProven(db, std::string(name), rule, height, width, maxMoves);
@@ -234,10 +272,13 @@ Lines txtToDb(Database& db, std::string_view fileName, int rule, int height, int
   const std::string name(trim(fileName));
   const TextResult result = importText(db, name, rule, height, width);
   if (!result.ok) return {"MESSAGE Database import from " + name + " failed (" + result.error + ")"};
-  if (result.skipped == 0) return {};
-  return {"MESSAGE Database import from " + name + " skipped " + std::to_string(result.skipped) +
-          " lines that are not positions on this board, the first at line " +
-          std::to_string(result.firstSkippedLine)};
+  Lines lines;
+  if (result.skipped > 0)
+    lines.push_back("MESSAGE Database import from " + name + " skipped " + std::to_string(result.skipped) +
+                    " lines that are not positions on this board, the first at line " +
+                    std::to_string(result.firstSkippedLine));
+  saveEdits(db, lines);
+  return lines;
 }
 
 Lines dbCheck(const Database& db) {

@@ -1,5 +1,6 @@
 #include "database/record.h"
 
+#include <algorithm>
 #include <bitset>
 #include <cstring>
 
@@ -12,11 +13,7 @@ int compareKeys(std::string_view a, std::string_view b) {
   return std::memcmp(a.data(), b.data(), a.size());
 }
 
-int symmetryCount(int height, int width) { return height == width ? 8 : 4; }
-
 void applySymmetry(int s, int height, int width, int& x, int& y) {
-  // Symmetries 0-3 keep the axes and exist on every board; 4-7 transpose
-  // and are only used on square boards, where height == width.
   const int ox = x, oy = y;
   const int mx = height - 1 - ox, my = width - 1 - oy;
   switch (s) {
@@ -65,23 +62,50 @@ bool imageLess(const Position& p, int a, int b) {
   return false;
 }
 
+// Distinct cells, all on a board of this shape.
+bool fits(std::span<const int32_t> moves, int height, int width) {
+  if (moves.size() > static_cast<size_t>(height * width)) return false;
+  std::bitset<32 * 32> seen;
+  for (int32_t cell : moves) {
+    const int x = cellX(cell), y = cellY(cell);
+    if (x < 0 || x >= height || y < 0 || y >= width || seen[cell]) return false;
+    seen[cell] = true;
+  }
+  return true;
+}
+
+// The least form of a position whose moves lie on the board.
+void writeLeast(const Position& p, KeyBuffer& out) {
+  // Every form's coordinates are 0..21, so comparing them as ints is the
+  // unsigned byte order of the keys.
+  int best = 0;
+  for (int s = 1; s < kSymmetries; s++)
+    if (imageLess(p, s, best)) best = s;
+  writeKey(p, best, out);
+}
+
+// True when the moves lie on the board turned a quarter; `turned` then
+// holds them turned back by the transpose, which is its own inverse.
+bool turnBack(const Position& p, std::array<int32_t, kMaxSide * kMaxSide>& cells, Position& turned) {
+  if (!fits(p.moves, p.width, p.height)) return false;
+  for (size_t i = 0; i < p.moves.size(); i++) cells[i] = makeCell(cellY(p.moves[i]), cellX(p.moves[i]));
+  turned = p;
+  turned.moves = {cells.data(), p.moves.size()};
+  return true;
+}
+
 }  // namespace
 
 bool canonicalKey(const Position& p, KeyBuffer& out) {
   if (!validShape(p.rule, p.height, p.width)) return false;
-  if (p.moves.size() > static_cast<size_t>(p.height * p.width)) return false;
-  std::bitset<32 * 32> seen;
-  for (int32_t cell : p.moves) {
-    const int x = cellX(cell), y = cellY(cell);
-    if (x < 0 || x >= p.height || y >= p.width || seen[cell]) return false;
-    seen[cell] = true;
+  if (fits(p.moves, p.height, p.width)) {
+    writeLeast(p, out);
+    return true;
   }
-  // On the board every coordinate is 0..21, so comparing them as ints is
-  // the unsigned byte order of the keys.
-  int best = 0;
-  for (int s = 1; s < symmetryCount(p.height, p.width); s++)
-    if (imageLess(p, s, best)) best = s;
-  writeKey(p, best, out);
+  std::array<int32_t, kMaxSide * kMaxSide> cells;
+  Position turned;
+  if (!turnBack(p, cells, turned)) return false;
+  writeLeast(turned, out);
   return true;
 }
 
@@ -93,24 +117,34 @@ std::string keyProblem(std::string_view key) {
   if (rule >= kRuleCount) return "rule byte " + std::to_string(rule);
   if (!validShape(rule, height, width))
     return "board size " + std::to_string(height) + "x" + std::to_string(width);
+  // The moves lie on the board, or all on the board turned a quarter.
+  const int side = std::max(height, width), count = keyMoveCount(key);
   std::bitset<32 * 32> seen;
-  for (int i = 0; i < keyMoveCount(key); i++) {
+  std::array<int32_t, kMaxSide * kMaxSide> moves;
+  for (int i = 0; i < count; i++) {
     const int x = keyX(key, i), y = keyY(key, i);
-    if (x < 0 || x >= height || y < 0 || y >= width)
-      return "move " + std::to_string(i + 1) + " off the board";
+    if (x < 0 || x >= side || y < 0 || y >= side) return "move " + std::to_string(i + 1) + " off the board";
     if (seen[makeCell(x, y)]) return "move " + std::to_string(i + 1) + " repeats a cell";
     seen[makeCell(x, y)] = true;
+    moves[i] = makeCell(x, y);
   }
+  const std::span<const int32_t> cells(moves.data(), static_cast<size_t>(count));
+  if (!fits(cells, height, width) && !fits(cells, width, height)) return "moves off the board";
   return {};
 }
 
 bool isCanonical(std::string_view key) {
-  std::array<int32_t, kMaxSide * kMaxSide> moves;
+  std::array<int32_t, kMaxSide * kMaxSide> moves, cells;
   const int n = keyMoveCount(key);
   for (int i = 0; i < n; i++) moves[i] = makeCell(keyX(key, i), keyY(key, i));
   const Position p{keyRule(key), keyHeight(key), keyWidth(key), {moves.data(), static_cast<size_t>(n)}};
+  // A key whose moves fit the board both ways may be the least form of either reading.
   KeyBuffer least;
-  return canonicalKey(p, least) && least.view() == key;
+  Position turned;
+  if (canonicalKey(p, least) && least.view() == key) return true;
+  if (!validShape(p.rule, p.height, p.width) || !turnBack(p, cells, turned)) return false;
+  writeLeast(turned, least);
+  return least.view() == key;
 }
 
 namespace {

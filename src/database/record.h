@@ -10,15 +10,14 @@
 // runs over [0, height), y over [0, width). A move arrives as a cell key
 // x * 32 + y.
 //
-// Canonical form: the position is stored under the least of its symmetric
-// keys. A square board has the eight symmetries of the square. A rectangular
-// board (height != width) has only the four that map it onto itself:
-// identity, the two mirrors along the axes and the half turn. Transposing or
-// quarter-turning a rectangle gives a board of the other shape, which is a
-// different position (and a different key, since bytes 1 and 2 would swap);
-// identifying them would merge positions whose edges are at different
-// distances. Every lookup, insert and delete goes through the same
-// canonicalKey(), so the choice is consistent everywhere.
+// Canonical form: the position is stored under the least of its eight
+// symmetric keys (identity, the three rotations, the four reflections),
+// on rectangles too, so that every build stores a position under the same
+// key. On a rectangle the transposing forms lie on the board turned a
+// quarter (x over [0, width), y over [0, height)), so a stored key holds
+// its moves in either orientation, and a position and its transposed
+// counterpart share a record. Every lookup, insert and delete goes through
+// the same canonicalKey().
 //
 // Key order: a shorter key is less; equal lengths compare as unsigned bytes.
 //
@@ -70,14 +69,16 @@ struct KeyBuffer {
 int compareKeys(std::string_view a, std::string_view b);
 inline bool keyLess(std::string_view a, std::string_view b) { return compareKeys(a, b) < 0; }
 
-// 8 on a square board, 4 on a rectangle (see above).
-int symmetryCount(int height, int width);
-// Maps (x, y) by symmetry s in [0, symmetryCount).
+constexpr int kSymmetries = 8;
+// Maps (x, y) of the height x width board by symmetry s in [0, 8); 4..7
+// transpose, onto the board turned a quarter.
 void applySymmetry(int s, int height, int width, int& x, int& y);
 
-// Builds the canonical key. Returns false when the position has no key: a
-// rule outside 0..2, a side outside 1..22, a move off the board or a cell
-// played twice. Such positions are never stored and never found.
+// Builds the canonical key. The moves may lie on the board or all on the
+// board turned a quarter (the orientation of a transposed stored key).
+// Returns false when the position has no key: a rule outside 0..2, a side
+// outside 1..22, a move off the board or a cell played twice. Such
+// positions are never stored and never found.
 bool canonicalKey(const Position& position, KeyBuffer& out);
 
 // Reading keys. They assume a well-formed key (see keyProblem).

@@ -1,5 +1,6 @@
 #include "protocol/database_commands.h"
 
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -78,8 +79,12 @@ int cmdQueryDatabaseOne(const char*) {
 
 int cmdQueryDatabaseAll(const char*) {
   const std::vector<int32_t> moves = readMoves();
-  const Board& board = engine.board;
-  const auto occupied = [&board](int32_t cell) {
+  static Board board;  // the game board as it is now: the think thread may play its move meanwhile
+  {
+    std::lock_guard lock(engine.boardLock);
+    copyBoard(engine.board, board);
+  }
+  const auto occupied = [](int32_t cell) {
     return !board.inside(cell / kRowSlots, cell % kRowSlots) || board.at(cell) != EMPTY;
   };
   send(db::queryAll(engine.database, positionOf(moves), occupied));

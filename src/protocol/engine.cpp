@@ -17,7 +17,9 @@
 #include "protocol/commands.h"
 #include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
+#include "protocol/messages.h"
 #include "protocol/output.h"
+#include "protocol/settings.h"
 #include "protocol/think_thread.h"
 
 namespace zorva {
@@ -52,27 +54,27 @@ void runConfiguration() {
   Settings& s = engine.settings;
   struct Bound {
     const char* name;
-    Relaxed<int32_t>* setting;
+    SettingField setting;
   };
-  const Bound bound[] = {{"info_caution_factor", &s.cautionFactor},
-                         {"info_hash_size", &s.hashSize},
-                         {"info_rule", &s.rule},
-                         {"info_show_detail", &s.showDetail},
-                         {"info_max_depth", &s.maxDepth},
-                         {"info_max_node", &s.maxNode},
-                         {"board_size", &s.boardSize},
-                         {"info_benchmark", &s.benchmark},
-                         {"info_learning", &s.learning},
-                         {"info_thread_num", &s.threadNum},
-                         {"info_thread_split_depth", &s.threadSplitDepth},
-                         {"info_three_def", &s.threeDef},
-                         {"info_pondering", &s.pondering},
-                         {"info_usedatabase", &s.useDatabase}};
+  constexpr Bound bound[] = {{"info_caution_factor", &Settings::cautionFactor},
+                             {"info_hash_size", &Settings::hashSize},
+                             {"info_rule", &Settings::rule},
+                             {"info_show_detail", &Settings::showDetail},
+                             {"info_max_depth", &Settings::maxDepth},
+                             {"info_max_node", &Settings::maxNode},
+                             {"board_size", &Settings::boardSize},
+                             {"info_benchmark", &Settings::benchmark},
+                             {"info_learning", &Settings::learning},
+                             {"info_thread_num", &Settings::threadNum},
+                             {"info_thread_split_depth", &Settings::threadSplitDepth},
+                             {"info_three_def", &Settings::threeDef},
+                             {"info_pondering", &Settings::pondering},
+                             {"info_usedatabase", &Settings::useDatabase}};
   constexpr int kBound = int(std::size(bound));
   int32_t values[kBound];
   config::Binding bindings[kBound];
   for (int i = 0; i < kBound; ++i) {
-    values[i] = *bound[i].setting;
+    values[i] = s.*bound[i].setting;
     bindings[i] = {bound[i].name, &values[i]};
   }
   const config::ScriptResult result = config::runScript(text.str(), bindings);
@@ -80,7 +82,17 @@ void runConfiguration() {
     sendLine("ERROR (config) %s", result.error.c_str());
     std::exit(kConfigExitStatus);
   }
-  for (int i = 0; i < kBound; ++i) *bound[i].setting = values[i];
+  for (int i = 0; i < kBound; ++i) s.*bound[i].setting = settingValue(bound[i].setting, values[i]);
+}
+
+// Learning is asked for, so a file that does not give every value is worth a word.
+void readLearning(const std::string& path) {
+  const int read = db::readLearningFile(path, learningTable);
+  if (read > 0) applyLearningTable();
+  if (read < 0)
+    sendLine(reply::kLearningMissing, path.c_str());
+  else if (read < db::kLearningValues)
+    sendLine(reply::kLearningShort, path.c_str(), read, db::kLearningValues);
 }
 
 }  // namespace
@@ -93,8 +105,7 @@ void initEngine(const char* programPath) {
   engine.benchmarkMode = engine.settings.benchmark;
   openDatabaseAtStart(programFolder.c_str());
   initValueTables();
-  if (engine.settings.learning && db::readLearningFile(programFolder + kLearningFile, learningTable) > 0)
-    applyLearningTable();
+  if (engine.settings.learning) readLearning(programFolder + kLearningFile);
 }
 
 int runEngine() {
@@ -102,10 +113,12 @@ int runEngine() {
     runStartupBenchmark();
     return 0;
   }
+  if (isatty(STDIN_FILENO)) std::fputs(reply::kTerminalHint, stderr);
   startThinkThread();
   while (readInputLine())
     if (handleCommand()) break;
   shutdownThinkThread();
+  closeDatabaseAtEnd();  // a manager that closes the input without END keeps its edits too
   return 0;
 }
 

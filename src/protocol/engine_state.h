@@ -3,6 +3,7 @@
 // the position. The input thread owns it; the think and search threads read
 // the settings and flags while they run.
 #include <cstdint>
+#include <mutex>
 
 #include "board/board.h"
 #include "database/database.h"
@@ -14,6 +15,8 @@ namespace zorva {
 
 constexpr int kLineBuffer = 8192;
 constexpr int kFolderLength = 1024;
+// No line of play is longer than the board has cells.
+constexpr int32_t kMaxDepth = kMaxStones;
 
 // Settings are plain 32-bit words that INFO may change while a search reads them.
 struct Settings {
@@ -22,7 +25,7 @@ struct Settings {
   Relaxed<int32_t> timeoutTurn{30000};
   Relaxed<int32_t> timeLeft{100000000};
   Relaxed<int32_t> gameType{1};
-  Relaxed<int32_t> maxDepth{484};
+  Relaxed<int32_t> maxDepth{kMaxDepth};
   Relaxed<int32_t> startDepth{1};
   Relaxed<int32_t> maxNode{2000000000};
   Relaxed<int32_t> timeIncrement{0};
@@ -72,9 +75,12 @@ struct EngineState {
   // The think driver's state between depths and turns.
   ThinkState think;
 
-  // The game position; changed only by the input thread while the think
-  // thread is idle.
+  // The game position; changed by the input thread while the think thread
+  // is idle, and by the think thread (its own move, the rule set-up) while
+  // it runs. Those writes, and every read that does not stop the think
+  // thread first, hold boardLock.
   Board board;
+  std::mutex boardLock;
 
   // The opening database; its own lock guards it.
   db::Database database;

@@ -5,6 +5,7 @@
 #include "protocol/engine_state.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
+#include "search/engine_search.h"
 
 namespace zorva {
 
@@ -18,6 +19,7 @@ bool emptyCell(int x, int y) { return onBoard(x, y) && engine.board.at(makeMove(
 
 bool placeForSideToMove(int x, int y) {
   if (!emptyCell(x, y)) return false;
+  std::lock_guard lock(engine.boardLock);  // the think thread plays its move while commands read
   engine.board.placeStone(makeMove(x, y), engine.board.sideToMove());
   return true;
 }
@@ -45,6 +47,7 @@ void newGame(bool checkSize) {
   engine.think.builtRule = -1;
   sendLine(reply::kGreeting, reply::kEdition, reply::kVersion);
   engine.board.reset(engine.boardWidth, engine.boardHeight, engine.settings.rule);
+  prepareTable();
   sendLine(reply::kOk);
 }
 

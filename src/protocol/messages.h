@@ -31,6 +31,17 @@ inline constexpr char kErrorOwnMove[] = "ERROR my move [%d,%d]";
 inline constexpr char kErrorBlockMove[] = "ERROR board-block move [%d,%d]";
 inline constexpr char kErrorBoardLine[] = "ERROR x,y,who or DONE expected after BOARD";
 
+inline constexpr char kHashRefused[] =
+    "MESSAGE Hash table of %llu MiB could not be allocated; searching with %llu MiB";
+
+inline constexpr char kLearningMissing[] = "MESSAGE Learning file %s could not be read; built-in values in use";
+inline constexpr char kLearningShort[] =
+    "MESSAGE Learning file %s gives %d of %d values; built-in values for the rest";
+
+// Standard error, once, when a person starts the engine at a terminal.
+inline constexpr char kTerminalHint[] =
+    "Zorva speaks the engine protocol on standard input: try START 15, then TURN 7,7 (END quits).\n";
+
 inline constexpr char kForbidHead[] = "FORBID ";
 inline constexpr char kForbidCell[] = "%02d%02d";
 inline constexpr char kForbidEnd[] = ".";

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <initializer_list>
+#include <mutex>
 
 #include "board/forbid.h"
 #include "protocol/commands.h"
@@ -21,7 +22,10 @@ constexpr int kGoOn = 0;
 // even before the next search has applied it to the game board.
 Board& inspectionBoard() {
   static Board view;
-  copyBoard(engine.board, view);
+  {
+    std::lock_guard lock(engine.boardLock);
+    copyBoard(engine.board, view);
+  }
   view.setRule(engine.settings.rule);
   return view;
 }

@@ -1,11 +1,14 @@
 #include "protocol/settings.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include "protocol/commands.h"
 #include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
 #include "protocol/scan.h"
+#include "protocol/think_thread.h"
 
 namespace zorva {
 
@@ -14,24 +17,30 @@ namespace {
 constexpr int kRuleRenju = 2;
 constexpr int kRenjuBit = 4;
 
-using Field = Relaxed<int32_t> Settings::*;
+constexpr int32_t kLeast = INT32_MIN, kMost = INT32_MAX;
 
 struct InfoKey {
   const char* key;
-  Field field;
+  SettingField field;
+  // The range the code takes: times never run backwards, depths stay within
+  // the deepest line a board holds (beyond it the search's depth arithmetic
+  // and its internal deepening would run away), the table has at least one
+  // bucket. Other settings are flags or are limited where they are used.
+  int32_t least = kLeast;
+  int32_t most = kMost;
 };
 
 // Tested in this order; no key is a prefix of another.
 constexpr InfoKey kInfoKeys[] = {
     {"max_memory", &Settings::maxMemory},
-    {"timeout_match", &Settings::timeoutMatch},
-    {"timeout_turn", &Settings::timeoutTurn},
-    {"time_left", &Settings::timeLeft},
+    {"timeout_match", &Settings::timeoutMatch, 0},
+    {"timeout_turn", &Settings::timeoutTurn, 0},
+    {"time_left", &Settings::timeLeft, 0},
     {"game_type", &Settings::gameType},
-    {"max_depth", &Settings::maxDepth},
-    {"start_depth", &Settings::startDepth},
+    {"max_depth", &Settings::maxDepth, 0, kMaxDepth},
+    {"start_depth", &Settings::startDepth, 1, kMaxDepth},
     {"max_node", &Settings::maxNode},
-    {"time_increment", &Settings::timeIncrement},
+    {"time_increment", &Settings::timeIncrement, 0},
     {"caution_factor", &Settings::cautionFactor},
     {"thread_num", &Settings::threadNum},
     {"thread_split_depth", &Settings::threadSplitDepth},
@@ -42,18 +51,17 @@ constexpr InfoKey kInfoKeys[] = {
     {"checkmate", &Settings::checkmate},
     {"usedatabase", &Settings::useDatabase},
     {"pondering", &Settings::pondering},
-    {"hash_size", &Settings::hashSize},
+    {"hash_size", &Settings::hashSize, 1},
     {"show_detail", &Settings::showDetail},
     {"rule", &Settings::rule},
 };
 
-void applyNumber(Field field, int32_t value) {
+void applyNumber(SettingField field, int32_t value) {
   Settings& s = engine.settings;
-  if (field == &Settings::rule) value = normaliseRule(value);
-  if (field == &Settings::hashSize && value < 1) value = 1;
-  s.*field = value;
+  s.*field = settingValue(field, value);
   if (field == &Settings::pondering && value == 0) engine.ponderActive = 0;
   if (field == &Settings::useDatabase) applyUseDatabase(value);
+  if (field == &Settings::hashSize || field == &Settings::rule) prepareTableWhileIdle();
 }
 
 void copyFolder(const char* text) {
@@ -62,6 +70,13 @@ void copyFolder(const char* text) {
 }
 
 }  // namespace
+
+int32_t settingValue(SettingField field, int32_t value) {
+  if (field == &Settings::rule) return normaliseRule(value);
+  for (const InfoKey& k : kInfoKeys)
+    if (k.field == field) return std::clamp(value, k.least, k.most);
+  return value;
+}
 
 int normaliseRule(int code) { return (code & kRenjuBit) || code == kRuleRenju ? kRuleRenju : code & 1; }
 

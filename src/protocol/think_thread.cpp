@@ -8,6 +8,7 @@
 #include "protocol/game.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
+#include "search/engine_search.h"
 #include "search/think.h"
 
 namespace zorva {
@@ -86,6 +87,14 @@ void startThinkThread() { thinker = std::thread(thinkLoop); }
 void waitUntilIdle() {
   std::unique_lock lock(idleMutex);
   idleCondition.wait(lock, [] { return engine.thinkIdle != 0; });
+}
+
+void prepareTableWhileIdle() {
+  // Only this thread starts the think thread, so an idle one stays idle here.
+  std::unique_lock lock(idleMutex);
+  if (!engine.thinkIdle) return;
+  lock.unlock();
+  prepareTable();
 }
 
 void stopThinking() {

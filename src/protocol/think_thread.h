@@ -15,6 +15,11 @@ void startThinking();
 // Waits until the think thread is idle without asking it to stop.
 void waitUntilIdle();
 
+// INFO hash_size and rule: the table is made or cleared at once while the
+// think thread is idle, so that no turn's clock pays for it; a running think
+// leaves it to the next turn's set-up.
+void prepareTableWhileIdle();
+
 // Ends the think thread: mode -1, stop, wake, join.
 void shutdownThinkThread();
 

@@ -181,7 +181,8 @@ int32_t runDecisionSearch(SearchBackend& backend, const Board& board) {
 void runPonder(SearchBackend& backend, const Board& board) {
   ThinkState& t = engine.think;
   const Move bestMove = t.bestMove;
-  const int32_t currentDepth = t.currentDepth, finalValue = t.finalValue, drawAcceptable = t.drawAcceptable;
+  const int32_t currentDepth = t.currentDepth, finalValue = t.finalValue;
+  const int32_t drawAcceptable = t.drawAcceptable;
   const Line bestLine = t.bestLine;
   const bool aborted = t.aborted;
   const int64_t elapsedMs = t.elapsedMs;

@@ -30,7 +30,7 @@ struct ThinkState {
   int32_t minRemainingDepth = 0;
   Line bestLine;
   int32_t builtRule = -1;  // rule the boards were last set up for; -1 for a new position
-  int32_t drawAcceptable = 0;
+  Relaxed<int32_t> drawAcceptable{0};  // zvdraw reads it while a think runs
   bool aborted = false;  // the last turn's deepening was cut short
   bool fixedBudget = false;  // pondering and decisions keep their first budget
 };

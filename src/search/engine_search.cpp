@@ -4,6 +4,7 @@
 
 #include "board/eval.h"
 #include "protocol/engine_state.h"
+#include "protocol/messages.h"
 #include "protocol/output.h"
 #include "search/parallel.h"
 #include "search/search.h"
@@ -27,12 +28,11 @@ void EngineSearch::prepare() {
   const int rule = engine.settings.rule;
   if (rule != engine.think.builtRule) {
     sendLine("MESSAGE Rule %s", ruleName(rule));
+    std::lock_guard lock(engine.boardLock);
     engine.board.setRule(rule);
     engine.think.builtRule = rule;
   }
-  if (engine.settings.hashSize != transpositionTable.sizeSetting() || !transpositionTable.allocated())
-    transpositionTable.resize(engine.settings.hashSize);
-  transpositionTable.ensureRule(rule);
+  prepareTable();
   copyBoard(engine.board, rootSearcher().board);
   startSearchThreads();
   for (int i = 0; i < searchThreads(); ++i) {
@@ -40,6 +40,17 @@ void EngineSearch::prepare() {
     searcher(i).minRemainingDepth = 0;
     searcher(i).nodes = 0;
   }
+}
+
+void prepareTable() {
+  TranspositionTable& table = transpositionTable;
+  const int32_t size = engine.settings.hashSize;
+  if (size != table.sizeSetting() && size != table.refusedSetting() && !table.resize(size)) {
+    constexpr uint64_t kMiB = 1 << 20;
+    sendLine(reply::kHashRefused, (unsigned long long)(TranspositionTable::bytesFor(size) / kMiB),
+             (unsigned long long)(table.allocated() ? TranspositionTable::bytesFor(table.sizeSetting()) / kMiB : 0));
+  }
+  table.ensureRule(engine.settings.rule);
 }
 
 int32_t EngineSearch::evaluate(Colour side) {

@@ -19,6 +19,13 @@ class EngineSearch : public SearchBackend {
   Line line_;
 };
 
+// Makes the table the settings ask for: of the set size, cleared when it
+// was filled under another rule. Cheap at any size (see ensureRule), so it runs
+// wherever nothing searches: INFO, a new game, a turn's set-up. Memory that
+// cannot be had is reported once per size asked for; the search then goes
+// on with the table it has, or none.
+void prepareTable();
+
 // The rule names printed when the rule in force changes.
 const char* ruleName(int rule);
 

@@ -194,6 +194,20 @@ int32_t forcedBlock(Node& n, Move block) {
   return value;
 }
 
+// A node with no move to search: a full board is drawn; a side that may
+// play none of the answers to the opponent's open four point (Renju black,
+// whose defences are all forbidden) has lost; else only cells too far from
+// the stones to matter are left, worth what the position is.
+int32_t noMoveValue(Node& n) {
+  Board& b = n.s->board;
+  bool full = true;
+  for (int row = 0; row < b.height && full; ++row)
+    for (int col = 0; col < b.width && full; ++col) full = b.at(makeMove(row, col)) != EMPTY;
+  if (full) return 0;
+  if (hasPlayableOpenFour(b, opponent(n.side))) return -winIn(n.depth - 1);
+  return nodeEval(n);
+}
+
 // Null-window nodes near the leaves keep only the best-ordered quiet moves:
 // a cell that neither threatens nor blocks rarely refutes anything there.
 // The threat stages and the killers are always kept.
@@ -346,7 +360,7 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
   }
 
   if (searchMoves(n, tableMoves, tableCount)) return 0;
-  if (n.searched == 0) return nodeEval(n);
+  if (n.searched == 0) return noMoveValue(n);
   const int32_t value = n.best.values[0];
   const Bound bound = value >= beta ? kBoundLower : value > alpha ? kBoundExact : kBoundUpper;
   storeTable(n, value, bound, n.best.moves[0], n.best.moves[1], n.best.moves[2]);

@@ -5,18 +5,32 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 namespace zorva {
 
 TranspositionTable transpositionTable;
 
 namespace {
 
-constexpr size_t kAlignment = 4096;
+constexpr int kIdlePriority = 19;
 constexpr int kStaleAge = 2;  // entries this many stones old are replaced first
 constexpr uint16_t kNoThirdMove = 65535;
 
 uint64_t load(const uint64_t* word) { return std::atomic_ref<uint64_t>(*const_cast<uint64_t*>(word)).load(std::memory_order_relaxed); }
 void save(uint64_t* word, uint64_t value) { std::atomic_ref<uint64_t>(*word).store(value, std::memory_order_relaxed); }
+
+// Zeroed pages straight from the system: nothing is touched until used,
+// and each page is zeroed on its first touch, a few microseconds at a time
+// between the search's clock checks. (Large pages would zero 2 MiB at a
+// touch and let the first thousand nodes of a turn take a second.)
+uint64_t* mapZeroed(uint64_t bytes) {
+  void* block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  return block == MAP_FAILED ? nullptr : static_cast<uint64_t*>(block);
+}
 
 uint64_t checkWord(uint64_t key, const TTEntry& e) {
   return key ^ (uint64_t(uint32_t(e.upper)) << 36) ^ (uint64_t(uint32_t(e.lower)) << 8) ^
@@ -71,7 +85,27 @@ int32_t fromStored(int32_t value, int depth) {
   return value;
 }
 
-TranspositionTable::~TranspositionTable() { std::free(memory_); }
+TranspositionTable::~TranspositionTable() {
+  if (releaser_.joinable()) releaser_.join();
+  if (words_) munmap(words_, bytesFor(sizeSetting_));
+}
+
+uint64_t TranspositionTable::bytesFor(int32_t hashSize) {
+  return bucketsFor(hashSize) * 2 * kBucketEntries * kWordsPerEntry * sizeof(uint64_t);
+}
+
+void TranspositionTable::release(uint64_t* words, uint64_t bytes) {
+  if (!words) return;
+  if (releaser_.joinable()) releaser_.join();
+  // At the lowest priority, so that it takes no time from a search; and
+  // dropping the pages first lets that search's page faults go on
+  // meanwhile, where unmapping a region with its pages would hold them up.
+  releaser_ = std::thread([words, bytes] {
+    setpriority(PRIO_PROCESS, pid_t(syscall(SYS_gettid)), kIdlePriority);
+    madvise(words, bytes, MADV_DONTNEED);
+    munmap(words, bytes);
+  });
+}
 
 uint64_t TranspositionTable::bucketsFor(int32_t hashSize) {
   if (hashSize < 1) hashSize = 1;
@@ -83,32 +117,36 @@ uint64_t TranspositionTable::bucketsFor(int32_t hashSize) {
 
 bool TranspositionTable::resize(int32_t hashSize) {
   if (words_ && hashSize == sizeSetting_) return true;
-  const uint64_t buckets = bucketsFor(hashSize);
-  const size_t bytes = size_t(buckets) * 2 * kBucketEntries * kWordsPerEntry * sizeof(uint64_t);
-  // Fresh zeroed pages from the system cost nothing until touched, so a
-  // large table is ready at once; the pointer is aligned by hand.
-  void* memory = std::calloc(1, bytes + kAlignment);
-  if (!memory) return false;
-  std::free(memory_);
-  memory_ = memory;
-  const uintptr_t address = (reinterpret_cast<uintptr_t>(memory) + kAlignment - 1) & ~uintptr_t(kAlignment - 1);
-  words_ = reinterpret_cast<uint64_t*>(address);
-  buckets_ = buckets;
+  uint64_t* words = mapZeroed(bytesFor(hashSize));
+  if (!words) {
+    refusedSetting_ = hashSize;
+    return false;
+  }
+  if (words_) release(words_, bytesFor(sizeSetting_));
+  words_ = words;
+  buckets_ = bucketsFor(hashSize);
   sizeSetting_ = hashSize;
+  refusedSetting_ = -1;
   written_.store(false, std::memory_order_relaxed);
   return true;
 }
 
 void TranspositionTable::clear() {
-  if (!written_.load(std::memory_order_relaxed)) return;
+  if (!words_ || !written_.load(std::memory_order_relaxed)) return;
   written_.store(false, std::memory_order_relaxed);
-  if (words_) std::memset(words_, 0, size_t(buckets_) * 2 * kBucketEntries * kWordsPerEntry * sizeof(uint64_t));
+  std::memset(words_, 0, bytesFor(sizeSetting_));
 }
 
 void TranspositionTable::ensureRule(int rule) {
   if (rule == rule_) return;
-  clear();
   rule_ = rule;
+  if (!words_ || !written_.load(std::memory_order_relaxed)) return;
+  const uint64_t bytes = bytesFor(sizeSetting_);
+  uint64_t* fresh = mapZeroed(bytes);
+  if (!fresh) return clear();
+  written_.store(false, std::memory_order_relaxed);
+  release(words_, bytes);
+  words_ = fresh;
 }
 
 uint64_t* TranspositionTable::entryWords(uint64_t key, int side, int index) const {

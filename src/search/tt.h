@@ -6,7 +6,9 @@
 // depth and bound into the key, so an entry torn by two writers fails the
 // key test and reads as absent.
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <thread>
 
 #include "board/types.h"
 
@@ -48,10 +50,17 @@ class TranspositionTable {
 
   // Makes the tables for `hashSize` and clears them, unless they already
   // have that size. Must not run while a search uses the table. Returns
-  // false when the memory could not be had; the old tables then stay.
+  // false when the memory could not be had; the old tables then stay, and
+  // refusedSetting() remembers the size asked for.
   bool resize(int32_t hashSize);
+  // Empties the tables in place, keeping their pages (for benchmarks and
+  // tests that clear a small table often).
   void clear();
-  // Clears the tables when they were filled under another rule.
+  // Empties the tables when they were filled under another rule. Fresh
+  // pages from the system take the place of the used ones, so the cost does
+  // not grow with the size: the pages are zeroed as the search first
+  // touches them, and the used ones are given back by a thread of their
+  // own. Must not run while a search uses the table.
   void ensureRule(int rule);
 
   int32_t probe(uint64_t key, int stones, int depth, int32_t alpha, int32_t beta, int side, Move* moves,
@@ -63,6 +72,8 @@ class TranspositionTable {
   double usage() const;
   uint64_t buckets() const { return buckets_; }
   int32_t sizeSetting() const { return sizeSetting_; }
+  int32_t refusedSetting() const { return refusedSetting_; }
+  static uint64_t bytesFor(int32_t hashSize);
   int rule() const { return rule_; }
   bool allocated() const { return words_ != nullptr; }
 
@@ -75,12 +86,16 @@ class TranspositionTable {
   static void write(uint64_t* words, uint64_t key, const TTEntry& entry);
   static void writeAge(uint64_t* words, uint16_t age);
 
-  void* memory_ = nullptr;     // the allocation; words_ is aligned inside it
-  uint64_t* words_ = nullptr;  // two tables: side 1 then side 2
+  // Hands a block no search can reach any more back to the system.
+  void release(uint64_t* words, uint64_t bytes);
+
+  uint64_t* words_ = nullptr;  // two tables: side 1 then side 2, page-aligned
   std::atomic<bool> written_{false};  // something was stored since the last clear
   uint64_t buckets_ = 0;
   int32_t sizeSetting_ = -1;
+  int32_t refusedSetting_ = -1;
   int rule_ = -1;
+  std::thread releaser_;  // gives the last replaced block back
 };
 
 // The one table of the engine.

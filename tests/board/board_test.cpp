@@ -1,12 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iterator>
 #include <random>
+#include <vector>
 
 #include "board/board.h"
 #include "board/board_check.h"
 #include "board/forbid.h"
+#include "board/values.h"
 #include "board/zobrist.h"
 
 namespace zorva {
@@ -25,7 +28,6 @@ TEST_F(BoardTest, EmptyBoardGeometry) {
   static Board b;
   b.reset(15, 15, 0);
   EXPECT_EQ(checkBoard(b), "");
-  EXPECT_EQ(b.hash, 0u);
   // Corner: four cells of room along the edges, none along the diagonal
   // that leads off the board, four along the one that crosses it.
   EXPECT_EQ(roomNibble(b, 0, 0, 0), 4);
@@ -52,9 +54,46 @@ TEST_F(BoardTest, RectangleInsideTheSquare) {
   EXPECT_TRUE(b.inside(19, 0));
 }
 
+// The same stones on boards of other sizes or shapes never hash alike, so
+// the table never lends one board's proven results to another.
+TEST_F(BoardTest, EverySizeKeysTheHash) {
+  static Board b;
+  std::vector<uint64_t> hashes;
+  for (auto [width, height] : {std::pair{15, 15}, {20, 20}, {19, 19}, {22, 22}, {15, 20}, {20, 15}, {10, 22}}) {
+    b.reset(width, height, 0);
+    b.placeStone(makeMove(7, 7), BLACK);
+    b.placeStone(makeMove(7, 8), WHITE);
+    EXPECT_EQ(checkBoard(b), "") << width << "x" << height;
+    EXPECT_EQ(std::count(hashes.begin(), hashes.end(), b.hash), 0) << width << "x" << height;
+    hashes.push_back(b.hash);
+  }
+}
+
+// A learned worth may be negative: cell values and running totals follow it
+// through play exactly as they follow the built-in ones.
+TEST_F(BoardTest, NegativeLearnedValuesKeepTheTotals) {
+  initValueTables();
+  const std::vector<int16_t> builtIn(learningTable, learningTable + kLearningEntries);
+  for (int16_t& v : learningTable) v = int16_t(-v - 1);
+  applyLearningTable();
+  static Board b;
+  b.reset(15, 15, kFreestyle);
+  std::mt19937 rng(11);
+  for (int stones = 0; stones < 60; ++stones) {
+    Move m;
+    do m = makeMove(int(rng() % 15), int(rng() % 15));
+    while (b.at(m) != EMPTY);
+    b.placeStone(m, b.sideToMove());
+    ASSERT_EQ(checkBoard(b), "") << "after stone " << stones;
+  }
+  std::copy(builtIn.begin(), builtIn.end(), learningTable);
+  applyLearningTable();
+}
+
 TEST_F(BoardTest, BlockedCellsAndMarksNarrowTheRoom) {
   static Board b;
   b.reset(15, 15, 0);
+  const uint64_t empty = b.hash;
   const Move block = makeMove(7, 9);
   b.placeStone(block, WALL);
   EXPECT_EQ(b.moveCount, 0) << "a blocked cell is never a move";
@@ -69,7 +108,7 @@ TEST_F(BoardTest, BlockedCellsAndMarksNarrowTheRoom) {
   b.unmarkCell(makeMove(7, 5), BLACK);
   b.removeStone(block);
   EXPECT_EQ(b.markedCount, 0);
-  EXPECT_EQ(b.hash, 0u);
+  EXPECT_EQ(b.hash, empty);
   EXPECT_EQ(checkBoard(b), "");
 }
 

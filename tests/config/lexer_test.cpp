@@ -15,7 +15,11 @@ std::vector<int32_t> kinds(std::string_view text) {
   return out;
 }
 
-std::string scanError(std::string_view text) { return scan(text).error; }
+// The message without its place (" at line L, column C").
+std::string scanError(std::string_view text) {
+  const std::string error = scan(text).error;
+  return error.substr(0, error.rfind(" at line "));
+}
 
 TEST(Lexer, OperatorsPreferTwoCharacters) {
   EXPECT_EQ(kinds("a>=b"), (std::vector<int32_t>{kTokIdentifier, kTokGreaterEqual, kTokIdentifier, kTokEnd}));

@@ -10,8 +10,9 @@ namespace {
 
 struct Outcome {
   bool ok;
-  std::string error;
+  std::string error;  // the message without its place
   int32_t r;
+  std::string place;  // " at line L, column C"
 };
 
 // Runs `text` with one engine variable, r, starting at 0.
@@ -19,7 +20,9 @@ Outcome run(std::string_view text, const Limits& limits = Limits{}) {
   int32_t r = 0;
   Binding bindings[] = {{"r", &r}};
   ScriptResult result = runScript(text, bindings, limits);
-  return Outcome{result.ok, result.error, r};
+  const size_t at = result.error.rfind(" at line ");
+  if (at == std::string::npos) return Outcome{result.ok, result.error, r, ""};
+  return Outcome{result.ok, result.error.substr(0, at), r, result.error.substr(at)};
 }
 
 struct ValueCase {
@@ -207,6 +210,25 @@ TEST(Script, ParseErrors) {
   });
 }
 
+TEST(Script, ErrorsNameTheirLineAndColumn) {
+  const struct {
+    const char* script;
+    const char* place;
+  } cases[] = {
+      {"int a = 1;\nint b = a $ 2;", " at line 2, column 11"},       // the stray character
+      {"r = 1;\n  r = 1 +;", " at line 2, column 10"},                 // the token the parser stopped at
+      {"r = 1; /* open\n", " at line 1, column 8"},                    // where the comment began
+      {"int f() {\n  return q;\n}\nr = f();", " at line 2, column 3"},  // the statement that failed
+      {"r = 1;\nif (r) r = r / 0;", " at line 2, column 8"},
+      {"int a[2] = {1, 2};\n\n   a[2] = 3;", " at line 3, column 4"},
+  };
+  for (const auto& c : cases) {
+    const Outcome o = run(c.script);
+    EXPECT_FALSE(o.ok) << c.script;
+    EXPECT_EQ(o.place, c.place) << c.script << " -> " << o.error;
+  }
+}
+
 TEST(Script, FaultAnywhereStopsTheWholeScript) {
   // Scanning and parsing finish before anything runs.
   Outcome o = run("r = 5; r = 1 +;");
@@ -249,7 +271,7 @@ TEST(Script, BindingsChangeOnlyOnSuccess) {
   Binding bindings[] = {{"info_hash_size", &hash}, {"info_rule", &rule}};
   ScriptResult result = runScript("info_hash_size = 22; info_rule = 2; missing = 1;", bindings);
   EXPECT_FALSE(result.ok);
-  EXPECT_EQ(result.error, "Undefined variable missing");
+  EXPECT_EQ(result.error, "Undefined variable missing at line 1, column 37");
   EXPECT_EQ(hash, 19);
   EXPECT_EQ(rule, 1);
 

@@ -41,18 +41,20 @@ TEST_F(DatabaseCommands, EverythingIsQuietOrNotFoundWhileOff) {
 TEST_F(DatabaseCommands, EditsSetFieldsByMaskAndKeepTheMessage) {
   EXPECT_EQ(editTvd(db, "2 5 300 9", at(opening)), Lines{"MESSAGE DATABASE ONE -1 300 0"});
   EXPECT_EQ(queryOne(db, at(opening)), Lines{"MESSAGE DATABASE ONE -1 300 0 "});
-  EXPECT_EQ(editRawMsg(db, "  3 strong reply \r", at(opening)),
-            Lines{"MESSAGE DATABASE ONE -1 300 0 3 strong reply"});
+  EXPECT_EQ(editRawMsg(db, "  3 strong reply \r", at(opening)), Lines{"MESSAGE DATABASE ONE -1 300 0 3"})
+      << "the message is one word";
   EXPECT_EQ(editTvd(db, "5 119 0 -12 junk", at(opening)),
             Lines{"MESSAGE DATABASE ONE 119 300 -12"});
   EXPECT_EQ(editTvd(db, "", at(opening)), Lines{"MESSAGE DATABASE ONE 119 300 -12"});
   // Looked up from a mirror image, the same record answers.
   EXPECT_EQ(queryOne(db, at({makeCell(7, 7), makeCell(7, 6)})),
-            Lines{"MESSAGE DATABASE ONE 119 300 -12 3 strong reply"});
+            Lines{"MESSAGE DATABASE ONE 119 300 -12 3"});
   EXPECT_EQ(db.probe(at(opening)), (ResultFields{kWon, 300, -12}));
 
   EXPECT_EQ(editTvd(db, "7 1 1 1", at({})), Lines{});
-  EXPECT_EQ(editTvd(db, "7 1 1 1", at({makeCell(7, 15)}))[0].rfind("MESSAGE Database: position not stored", 0), 0u);
+  // Off the board: answered as usual, stored nowhere (no lookup finds it).
+  EXPECT_EQ(editTvd(db, "7 1 1 1", at({makeCell(7, 15)})), Lines{"MESSAGE DATABASE ONE 1 1 1"});
+  EXPECT_EQ(editRawMsg(db, "lost", at({makeCell(7, 15)})), Lines{"MESSAGE DATABASE ONE -1 0 0 lost"});
   EXPECT_EQ(editRawMsg(db, std::string(kMaxMessageLength + 1, 'x'), at(opening))[0].rfind(
                 "MESSAGE Database message too long", 0), 0u);
   EXPECT_EQ(db.size(), 1u);
@@ -83,8 +85,6 @@ TEST_F(DatabaseCommands, DeleteAllRemovesThePositionAndItsContinuations) {
   for (const auto& key : doomed) db.insert(key, "d");
   for (const auto& key : kept) db.insert(key, "k");
 
-  EXPECT_EQ(deleteAll(db, at({})).size(), 1u);
-  EXPECT_EQ(db.size(), 7u);
   std::vector<std::string> sent;
   EXPECT_EQ(deleteAll(db, at(opening), [&](const std::string& line) { sent.push_back(line); }),
             Lines{"MESSAGE Done"});
@@ -92,6 +92,12 @@ TEST_F(DatabaseCommands, DeleteAllRemovesThePositionAndItsContinuations) {
   for (const auto& key : doomed) EXPECT_FALSE(db.find(key));
   for (const auto& key : kept) EXPECT_TRUE(db.find(key));
   EXPECT_EQ(deleteAll(db, at(opening)), (Lines{"MESSAGE Working ...", "MESSAGE Done"}));
+  // No moves: every record of the rule and board goes; the backup keeps them.
+  EXPECT_EQ(deleteAll(db, at({})), (Lines{"MESSAGE Working ...", "MESSAGE Done"}));
+  EXPECT_EQ(db.size(), 2u);
+  Database backup(dir.file("zorva.db.bak"));
+  backup.load();
+  EXPECT_EQ(backup.size(), 4u);
 }
 
 TEST_F(DatabaseCommands, SetDatabaseSavesTheOldFileAndLoadsTheNewOne) {
@@ -109,14 +115,40 @@ TEST_F(DatabaseCommands, SetDatabaseSavesTheOldFileAndLoadsTheNewOne) {
   EXPECT_TRUE(openDatabase(db).empty());
   EXPECT_EQ(db.find(keyOf(1, 15, 15, opening)), "old");
 
-  // An old database that cannot be saved stays in use rather than be lost.
-  db.setPath(dir.file("missing/zorva.db"));
-  const Lines lines = setDatabase(db, dir.file("third.db"), true);
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[1], "MESSAGE Database " + dir.file("missing/zorva.db") + " stays in use");
-  EXPECT_EQ(db.size(), 1u);
-  EXPECT_EQ(closeDatabase(db).size(), 1u);
-  EXPECT_TRUE(db.inUse());
+  // A wrong name (a missing folder, a directory) never traps the session:
+  // edits made there, which could not be saved, go with the switch to a
+  // good name and reach its file.
+  for (const std::string& wrong : {dir.file("missing/zorva.db"), dir.dir()}) {
+    EXPECT_EQ(setDatabase(db, wrong, true).size(), wrong == dir.dir() ? 1u : 0u) << wrong;
+    const Lines edit = editTvd(db, "2 0 42 0", at({makeCell(3, 3)}));
+    ASSERT_EQ(edit.size(), 2u) << wrong;
+    EXPECT_NE(edit[1].find("could not be saved"), std::string::npos) << edit[1];
+    const std::string good = dir.file("good.db");
+    const Lines lines = setDatabase(db, good, true);
+    EXPECT_EQ(lines.back(), "MESSAGE Database " + good + " took the records that " + wrong + " could not keep");
+    Database saved(good);
+    saved.load();
+    EXPECT_EQ(saved.lookup(at({makeCell(3, 3)})), makeText({kUnset, 42, 0}, ""));
+    std::filesystem::remove(good);
+  }
+}
+
+TEST_F(DatabaseCommands, EditsReachTheFileAtOnceWithinTheFieldRanges) {
+  EXPECT_EQ(editTvd(db, "7 1000 100000 -99999999999", at(opening)),
+            Lines{"MESSAGE DATABASE ONE 127 32767 -32768"});
+  Database onDisk(dir.file("zorva.db"));
+  onDisk.load();
+  EXPECT_EQ(onDisk.lookup(at(opening)), makeText({127, 32767, -32768}, ""));
+  editRawMsg(db, "note", at(opening));
+  deleteOne(db, at({makeCell(1, 1)}));  // nothing to delete: no save, the backup stays
+  onDisk.load();
+  EXPECT_EQ(onDisk.lookup(at(opening)), makeText({127, 32767, -32768}, "note"));
+  Database backup(dir.file("zorva.db.bak"));
+  backup.load();
+  EXPECT_EQ(backup.lookup(at(opening)), makeText({127, 32767, -32768}, ""));
+  // A limit beyond the int range saturates; the file name is the rest.
+  EXPECT_EQ(dbToTxt(db, dir.file("out.txt") + " 99999999999999", 1, 15, 15), Lines{});
+  EXPECT_TRUE(std::filesystem::exists(dir.file("out.txt")));
 }
 
 TEST_F(DatabaseCommands, ExportWritesProvenLinesThatImportReads) {

@@ -25,6 +25,7 @@ class TempDir {
     std::filesystem::remove_all(path_, ec);
   }
   std::string file(const std::string& name) const { return (path_ / name).string(); }
+  std::string dir() const { return path_.string(); }
   std::vector<std::string> names() const {
     std::vector<std::string> out;
     for (const auto& entry : std::filesystem::directory_iterator(path_))

@@ -34,7 +34,7 @@ class ConfigTranscript : public ::testing::Test {
 TEST_F(ConfigTranscript, AnErrorEndsTheProgramWithOneLine) {
   const EngineRun r = run("info_hash_size = 3;\nint x = 5 $;\n", "ABOUT\n");
   EXPECT_EQ(r.exitCode, 1);
-  EXPECT_EQ(r.lines, (std::vector<std::string>{"ERROR (config) Unexpected symbol $"}));
+  EXPECT_EQ(r.lines, (std::vector<std::string>{"ERROR (config) Unexpected symbol $ at line 2, column 11"}));
   const EngineRun loop = run("while (1) {}\n", "ABOUT\n");
   EXPECT_EQ(loop.exitCode, 1);
   ASSERT_EQ(loop.lines.size(), 1u);

@@ -31,8 +31,8 @@ TEST(Transcript, DatabaseEditsPersistAcrossRuns) {
   EXPECT_EQ(first.exitCode, 0);
   EXPECT_EQ(first.lines, (std::vector<std::string>{kGreeting, "OK", "MESSAGE DATABASE ONE -1 0 0",
                                                    "MESSAGE DATABASE ONE -1 35 0",
-                                                   "MESSAGE DATABASE ONE -1 35 0 hello world",
-                                                   "MESSAGE DATABASE ONE -1 35 0 hello world",
+                                                   "MESSAGE DATABASE ONE -1 35 0 hello",
+                                                   "MESSAGE DATABASE ONE -1 35 0 hello",
                                                    "MESSAGE DATABASE ONE 108 -20 9"}));
 
   // The mirror image of a stored position finds it; replies list in row order.

@@ -3,7 +3,9 @@
 
 #include <initializer_list>
 #include <utility>
+#include <vector>
 
+#include "board/forbid.h"
 #include "board/zobrist.h"
 #include "protocol/engine_state.h"
 #include "search/block_paths.h"
@@ -71,6 +73,31 @@ TEST_F(SearchTest, ThreatSearchFollowsAChainOfFours) {
     copy.rebuild();
     return copy.hash;
   }()) << "the board is left as found";
+}
+
+// Nodes with no move to search: a full board is drawn, and Renju black
+// whose every answer to white's open three is an overline has lost.
+TEST_F(SearchTest, NodesWithoutAMove) {
+  s.board.reset(4, 4, kFreestyle);
+  for (int i = 0; i < 16; ++i) s.board.placeStone(makeMove(i / 4, i % 4), i % 2 ? WHITE : BLACK);
+  EXPECT_EQ(searchNode(s, 3, 1, -2 * kWin, 2 * kWin, BLACK, 0), 0);
+
+  // White's _OOO_ in row 7; black's columns 5, 6, 10 and 11 hold XXX_XX
+  // around row 7, closed above by white, so each cell that answers the
+  // three makes six for black and black has no four of its own.
+  std::vector<std::pair<int, int>> black, white = {{7, 7}, {7, 8}, {7, 9}};
+  for (int col : {5, 6, 10, 11}) {
+    for (int row : {4, 5, 6, 8, 9}) black.push_back({row, col});
+    white.push_back({3, col});
+  }
+  for (int row : {0, 2, 12})  // far apart: no white threat beside the three
+    for (int col : {0, 3, 6, 9, 12})
+      if (white.size() < black.size()) white.push_back({row, col});
+  s.board.reset(15, 15, kRenju);
+  for (auto [r, c] : black) s.board.placeStone(makeMove(r, c), BLACK);
+  for (auto [r, c] : white) s.board.placeStone(makeMove(r, c), WHITE);
+  for (int col : {5, 6, 10, 11}) ASSERT_TRUE(isForbidden(s.board, makeMove(7, col))) << col;
+  EXPECT_LT(searchNode(s, 3, 1, -2 * kWin, 2 * kWin, BLACK, 0), -kProvenBound);
 }
 
 TEST_F(SearchTest, NodeSearchResults) {
