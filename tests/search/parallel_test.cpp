@@ -16,6 +16,12 @@
 namespace zorva {
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kSlack = 8;  // sanitizers slow the search several times over
+#else
+constexpr int kSlack = 1;
+#endif
+
 // A quiet middle game: no side has a forced win, so the search has work.
 constexpr int kMiddleGame[][2] = {{7, 7}, {8, 8}, {6, 8}, {7, 8}, {7, 9}, {6, 7}, {8, 9}};
 
@@ -55,7 +61,7 @@ TEST_F(ThreadsTest, StopReachesEveryThreadAtOnce) {
   engine.settings.maxNode = -1;  // only the stop request ends it
   Move chosen = kNoMove;
   std::thread thinker([&] { chosen = think(); });
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  std::this_thread::sleep_for(std::chrono::milliseconds(300 * kSlack));
   const auto asked = std::chrono::steady_clock::now();
   engine.stopFlag = 1;
   thinker.join();
