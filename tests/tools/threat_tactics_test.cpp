@@ -1,0 +1,614 @@
+// Tactical positions whose answer needs threes: wins by continuous threats
+// where fours alone do not win, and defences against an opponent who would
+// win so if the side to move let it. Under every rule, with Renju positions
+// where black's threes must keep off forbidden points and white's attack
+// runs through them.
+//
+// The answers are established by a brute force on the referee's rules code
+// (see referee_search.h): the frozen tables must match it. The engine's turn
+// driver is then asked for a move at a game's pace.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+#include <ostream>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "board/board.h"
+#include "board/zobrist.h"
+#include "match/rules.h"
+#include "tools/referee_search.h"
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define ZORVA_THREAT_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define ZORVA_THREAT_SANITIZED 1
+#endif
+#endif
+
+namespace zorva {
+namespace {
+
+using namespace tactics;
+
+// Threat moves (fours and threes) the attacker may make before its win by
+// fours; the wins below need at most this many, and "no win" means none this
+// deep.
+constexpr int kThreatBudget = 3;
+
+// ---------------------------------------------------------------------------
+// The brute force for wins by continuous threats. A threat is a four, or a
+// three in the wide sense: a move after which the attacker wins by fours if
+// the defender passes. A four must be answered at its completion point; a
+// three at any cell, so every empty cell the defender may play is tried, and
+// its fours too, each of which the attacker must block before going on.
+// Black never plays a forbidden point under Renju, attacking or defending.
+class ThreatVerifier {
+ public:
+  ThreatVerifier(referee::Board& b, Rule rule) : fours(b, rule) {
+    fours.nodeLimit = 20000000;
+    std::fill(std::begin(killers_), std::end(killers_), Cell{-1, -1});
+  }
+
+  Verifier fours;  // wins by fours alone, on the same board
+
+  // A search cut short by a node limit: a "no win" then proves nothing.
+  bool exhausted() const { return fours.exhausted || nodes_ > kNodeLimit; }
+
+  // The fewest threat moves of a win, or -1.
+  int shortest(Stone a) {
+    for (int threats = 0; threats <= kThreatBudget; ++threats)
+      if (attack(a, threats)) return threats;
+    return -1;
+  }
+
+  // Every first move of `a` (every empty cell is tried) that wins within the budget.
+  std::vector<Cell> winningMoves(Stone a) {
+    return movesWhere(a, [&] { return answer(a, kThreatBudget - 1); });
+  }
+
+  // Every move of `x` after which the opponent has no win within the budget.
+  std::vector<Cell> holdingMoves(Stone x) {
+    return movesWhere(x, [&] { return !attack(referee::other(x), kThreatBudget); });
+  }
+
+ private:
+  static constexpr int64_t kNodeLimit = 3000000;
+  struct Memo {
+    int8_t win = 127;  // the fewest threats known to win
+    int8_t fail = -1;  // the most threats known not to
+  };
+
+  template <typename F>
+  std::vector<Cell> movesWhere(Stone s, F good) {
+    std::vector<Cell> moves;
+    for (int x = 0; x < board().height(); ++x)
+      for (int y = 0; y < board().width(); ++y) {
+        if (board().at(x, y) != referee::kEmpty || !fours.legal(s, x, y)) continue;
+        fours.put(x, y, s);
+        if (good()) moves.push_back({x, y});
+        fours.lift(x, y);
+      }
+    return moves;
+  }
+
+  referee::Board& board() { return fours.b; }
+
+  // `a` to move.
+  bool attack(Stone a, int threats) {
+    const Stone d = referee::other(a);
+    if (!fours.fivePoints(a).empty()) return true;
+    const std::vector<Cell> theirs = fours.fivePoints(d);
+    if (theirs.size() >= 2) return false;
+    const uint64_t key = mixBits(fours.hash() ^ (a == referee::kWhite ? 0x2545F4914F6CDD1Dull : 0));
+    if (const auto found = memo_.find(key); found != memo_.end()) {
+      if (threats >= found->second.win) return true;
+      if (threats <= found->second.fail) return false;
+    }
+    bool won = false;
+    if (++nodes_ > kNodeLimit) return false;
+    if (theirs.size() == 1) {
+      // The block is forced and costs no threat.
+      const Cell c = theirs[0];
+      if (fours.legal(a, c.x, c.y)) {
+        fours.put(c.x, c.y, a);
+        won = answer(a, threats);
+        fours.lift(c.x, c.y);
+      }
+    } else if (fours.win(a, kPlyBudget) >= 0) {
+      won = true;
+    } else if (threats > 0) {
+      // The threat that won last at this depth first: a position seldom
+      // changes enough between siblings to need another.
+      Cell& killer = killers_[threats];
+      auto tryThreat = [&](int x, int y) {
+        if (!candidate(a, x, y) || !fours.legal(a, x, y)) return false;
+        fours.put(x, y, a);
+        won = answer(a, threats - 1);
+        fours.lift(x, y);
+        if (won) killer = {x, y};
+        return won;
+      };
+      const Cell first = killer;
+      if (first.x < 0 || !tryThreat(first.x, first.y))
+        for (int x = 0; x < board().height() && !won; ++x)
+          for (int y = 0; y < board().width() && !won; ++y)
+            if (!(Cell{x, y} == first)) tryThreat(x, y);
+    }
+    if (exhausted()) return won;  // a cut search decides nothing for the table
+    Memo& m = memo_[key];
+    if (won)
+      m.win = std::min<int8_t>(m.win, int8_t(threats));
+    else
+      m.fail = std::max<int8_t>(m.fail, int8_t(threats));
+    return won;
+  }
+
+  // Where a threat of `a` may be: a cell that makes three stones of `a` in
+  // five cells of a line free of the defender's. Threats elsewhere are
+  // possible but rare; the brute force forgoes them below the first move,
+  // which only makes its wins fewer, never false.
+  bool candidate(Stone a, int x, int y) const {
+    const referee::Board& b = fours.b;
+    if (b.at(x, y) != referee::kEmpty) return false;
+    for (int d = 0; d < referee::kDirections; ++d)
+      for (int start = -4; start <= 0; ++start) {
+        int own = 0;
+        bool open = true;
+        for (int k = start; k < start + 5 && open; ++k) {
+          const int cx = x + k * referee::kDx[d], cy = y + k * referee::kDy[d];
+          open = b.inside(cx, cy) && b.at(cx, cy) != referee::other(a);
+          own += b.at(cx, cy) == a;
+        }
+        if (open && own >= 2) return true;
+      }
+    return false;
+  }
+
+  // `a` has just moved; the defender is to move.
+  bool answer(Stone a, int threats) {
+    const Stone d = referee::other(a);
+    if (!fours.fivePoints(d).empty()) return false;
+    const std::vector<Cell> ours = fours.fivePoints(a);
+    if (ours.size() >= 2) return true;
+    if (ours.size() == 1) {
+      const Cell c = ours[0];
+      if (!fours.legal(d, c.x, c.y)) return true;
+      fours.put(c.x, c.y, d);
+      const bool won = attack(a, threats);
+      fours.lift(c.x, c.y);
+      return won;
+    }
+    // Not a four: a three only if the defender's pass would lose to fours.
+    if (fours.win(a, kPlyBudget) < 0) return false;
+    // The defender may ignore a three while it wins by fours itself.
+    if (fours.win(d, kPlyBudget) >= 0) return false;
+    const std::vector<Cell> line = fours.winningLine(a);
+    // The defences on the winning line first: they are the likely refutations.
+    std::vector<Cell> defences = line;
+    for (int x = 0; x < board().height(); ++x)
+      for (int y = 0; y < board().width(); ++y)
+        if (std::find(line.begin(), line.end(), Cell{x, y}) == line.end()) defences.push_back({x, y});
+    // Without forbidden points a stone can change the line only where it
+    // takes one of its cells or lies on one of their lines within four steps
+    // (to shorten a five of the attacker's or lengthen a four of its own);
+    // elsewhere, unless it makes a five point of its own, the line still
+    // wins. Under Renju a forbidden point may turn on stones further away.
+    const int w = board().width();
+    std::vector<uint8_t> near(size_t(board().height()) * w, fours.rule == Rule::Renju);
+    for (const Cell& c : line)
+      for (int dir = 0; dir < referee::kDirections; ++dir)
+        for (int k = -4; k <= 4; ++k) {
+          const int x = c.x + k * referee::kDx[dir], y = c.y + k * referee::kDy[dir];
+          if (board().inside(x, y)) near[x * w + y] = 1;
+        }
+    for (const Cell& m : defences) {
+      if (board().at(m.x, m.y) != referee::kEmpty || (!near[m.x * w + m.y] && !mayMakeFour(d, m))) continue;
+      if (!fours.legal(d, m.x, m.y)) continue;
+      fours.put(m.x, m.y, d);
+      const bool lost = stillWins(a, line, m) || attack(a, threats);
+      fours.lift(m.x, m.y);
+      if (!lost) return false;
+    }
+    return true;
+  }
+
+  // Whether a stone of `s` on the empty `c` could make a five point: it
+  // needs three more stones of `s` within four steps on one line.
+  bool mayMakeFour(Stone s, Cell c) const {
+    for (int d = 0; d < referee::kDirections; ++d) {
+      int n = 0;
+      for (int k = -4; k <= 4; ++k) n += k != 0 && fours.b.at(c.x + k * referee::kDx[d], c.y + k * referee::kDy[d]) == s;
+      if (n >= 3) return true;
+    }
+    return false;
+  }
+
+  // Whether the win by fours `line` of `a`, to move, still forces the five
+  // after the defender's stone on `m`: each four leaves one five point and
+  // the defender none of its own, and the last four leaves two or one black
+  // may not take. The defender's new five points can only be on the lines
+  // through its new stones, and the attacker's on those through its fours.
+  bool stillWins(Stone a, const std::vector<Cell>& line, Cell m) {
+    const Stone d = referee::other(a);
+    if (!fours.fivePointsThrough(m.x, m.y, d).empty()) return false;
+    std::vector<Cell> placed;
+    bool won = false;
+    for (size_t i = 0; i < line.size(); i += 2) {
+      const Cell f = line[i];
+      if (board().at(f.x, f.y) != referee::kEmpty || !fours.legal(a, f.x, f.y)) break;
+      fours.put(f.x, f.y, a);
+      placed.push_back(f);
+      const std::vector<Cell> fives = fours.fivePointsThrough(f.x, f.y, a);
+      if (fives.size() >= 2 || (fives.size() == 1 && !fours.legal(d, fives[0].x, fives[0].y))) {
+        won = true;
+        break;
+      }
+      if (fives.size() != 1) break;
+      fours.put(fives[0].x, fives[0].y, d);
+      placed.push_back(fives[0]);
+      if (!fours.fivePointsThrough(fives[0].x, fives[0].y, d).empty()) break;
+    }
+    for (auto c = placed.rbegin(); c != placed.rend(); ++c) fours.lift(c->x, c->y);
+    return won;
+  }
+
+  int64_t nodes_ = 0;
+  Cell killers_[kThreatBudget + 1] = {};
+  std::unordered_map<uint64_t, Memo> memo_;
+};
+
+// ---------------------------------------------------------------------------
+// The positions, written as referee_search.h describes.
+
+struct ThreatTactic {
+  const char* name;
+  int rule;  // the engine's rule code
+  int size;
+  const char* black;
+  const char* white;
+  // Sorted by row, then column. Wins: every first move that wins within the
+  // budget. Defences: every move after which the opponent has no such win.
+  const char* answer;
+  // The fewest threat moves before the win by fours: the side to move's for
+  // wins, the opponent's for defences.
+  int threats;
+  // Renju positions the forbidden points decide: the answer were black free
+  // to play them; nullptr elsewhere.
+  const char* freeAnswer = nullptr;
+};
+
+std::ostream& operator<<(std::ostream& out, const ThreatTactic& t) { return out << t.name; }
+
+// Found by a seeded generator (random games of moves next to the stones,
+// each position put to the brute force), and frozen. A win here has no win
+// by fours alone, and the opponent none that comes first; a defence is one
+// where the side to move wins neither by fours nor by threats, and most of
+// its moves lose.
+const ThreatTactic kWins[] = {
+    {"win1_black_freestyle_15_a", kFreestyle, 15,
+     "hfhhiiji", "igijkklj",
+     "hi", 1},
+    {"win1_white_freestyle_15_a", kFreestyle, 15,
+     "fffhgfggig", "gehdhfie",
+     "fbgchekg", 1},
+    {"win1_black_freestyle_15_b", kFreestyle, 15,
+     "gfghhjihii", "ffgjhiigjg",
+     "gegghgjh", 1},
+    {"win1_white_freestyle_15_b", kFreestyle, 15,
+     "gkhghihjhkil", "hhhliiikjk",
+     "jj", 1},
+    {"win1_black_freestyle_15_c", kFreestyle, 15,
+     "dgdhhgigkhkj", "cieigfghhhjh",
+     "kg", 1},
+    {"win1_black_freestyle_15_d", kFreestyle, 15,
+     "fggigjigjjmf", "gmhhhljlkhkj",
+     "gggh", 1},
+    {"win1_black_freestyle_15_e", kFreestyle, 15,
+     "hhidihjfkgkjmdna", "imjhjikfklldmaob",
+     "ieig", 1},
+    {"win2_black_freestyle_15_a", kFreestyle, 15,
+     "ejfgfkghhh", "dgdkfifjgi",
+     "diehhiih", 2},
+    {"win2_white_freestyle_15_a", kFreestyle, 15,
+     "egejhihljgld", "eififkgijf",
+     "cifj", 2},
+    {"win3_black_freestyle_15_a", kFreestyle, 15,
+     "gghghhji", "eggegfjh",
+     "hiig", 3},
+    {"win3_black_freestyle_15_b", kFreestyle, 15,
+     "fhgfhhhi", "difiiiji",
+     "ghhfhghj", 3},
+    {"win3_white_freestyle_15_a", kFreestyle, 15,
+     "dgfehchgih", "gfghidif",
+     "gg", 3},
+    {"win3_white_freestyle_15_b", kFreestyle, 15,
+     "fegchahhlh", "hgibihjg",
+     "ig", 3},
+    {"win3_white_freestyle_15_c", kFreestyle, 15,
+     "ggieiiijkj", "fegfhhig",
+     "hgjf", 3},
+    {"win3_black_freestyle_15_c", kFreestyle, 15,
+     "eeghigjgle", "edgejfjhke",
+     "hgih", 3},
+    {"win3_black_freestyle_15_d", kFreestyle, 15,
+     "bheggghhhi", "afbfcggfhf",
+     "eefffg", 3},
+    {"win3_white_freestyle_15_d", kFreestyle, 15,
+     "cfdefeffgkhh", "eeeffjgihi",
+     "eg", 3},
+    {"win3_white_freestyle_15_e", kFreestyle, 15,
+     "anbmbofkiijh", "dlgkhljjkh",
+     "fjgmim", 3},
+    {"win3_black_freestyle_15_e", kFreestyle, 15,
+     "cjdhgggihfih", "bieifhifjflh",
+     "gf", 3},
+    {"win3_black_freestyle_15_f", kFreestyle, 15,
+     "hhigjekglfmi", "hfhghkiijflh",
+     "me", 3},
+    {"win3_black_freestyle_15_g", kFreestyle, 15,
+     "bmdlghgkglik", "blfjhiiijhjj",
+     "el", 3},
+    {"win1_black_standard_15_a", kStandard, 15,
+     "ehfhhgifjd", "eeegeigfgi",
+     "gh", 1},
+    {"win1_black_standard_15_b", kStandard, 15,
+     "hhhniijikjkk", "fkhjihiojjjl",
+     "ki", 1},
+    {"win2_black_standard_15_a", kStandard, 15,
+     "ihijjelelf", "hfhgiiiljj",
+     "kelgme", 2},
+    {"win2_white_standard_15_a", kStandard, 15,
+     "bidgdhdlhhhiii", "ehfifkgihfij",
+     "fj", 2},
+    {"win2_black_standard_15_b", kStandard, 15,
+     "fhifigjbjdjhmd", "hfhgibiejakbkh",
+     "jfld", 2},
+    {"win3_black_standard_15_a", kStandard, 15,
+     "ghgihhid", "ekemhiif",
+     "gg", 3},
+    {"win3_black_standard_15_b", kStandard, 15,
+     "iijgjjkj", "hjhligkh",
+     "ji", 3},
+    {"win3_black_standard_15_c", kStandard, 15,
+     "giglhhhk", "igiiiljj",
+     "gkhj", 3},
+    {"win3_black_standard_15_d", kStandard, 15,
+     "gihfhhjj", "hiiejijk",
+     "ggig", 3},
+    {"win3_black_standard_15_e", kStandard, 15,
+     "gdhgjdje", "ffggheih",
+     "jckd", 3},
+    {"win3_black_standard_15_f", kStandard, 15,
+     "edeegggh", "fcfhhghi",
+     "eggegf", 3},
+    {"win3_black_standard_15_g", kStandard, 15,
+     "ahceehfjgh", "agdffghghk",
+     "dh", 3},
+    {"win3_black_standard_15_h", kStandard, 15,
+     "ihjljmkhkj", "eighgihhjk",
+     "lk", 3},
+    {"win3_black_standard_15_i", kStandard, 15,
+     "ehfhgfghih", "dghghhigji",
+     "fg", 3},
+    {"win3_black_standard_15_j", kStandard, 15,
+     "fjihiijijk", "ehhiijjgkg",
+     "jj", 3},
+    {"win3_black_standard_15_k", kStandard, 15,
+     "ddedeffhgg", "agcfdeffhf",
+     "eggd", 3},
+    {"win3_white_standard_15_a", kStandard, 15,
+     "fdhgjjkekflk", "gegfidihle",
+     "gghe", 3},
+    {"win3_white_standard_15_b", kStandard, 15,
+     "fegeghhkihmk", "gchfiikhki",
+     "jikg", 3},
+    {"win3_white_standard_15_c", kStandard, 15,
+     "fhgggjheigll", "hfhhjfjjlh",
+     "kfkgki", 3},
+    {"win3_black_standard_15_l", kStandard, 15,
+     "akcjegejfigi", "agahehfhfjij",
+     "gh", 3},
+    {"win3_black_standard_15_m", kStandard, 15,
+     "dbeeegfefjhehgih", "chedejfggfhhidie",
+     "de", 3},
+    {"win3_white_standard_15_d", kStandard, 15,
+     "ddfefggdhiihlfmfmi", "cdeehgjikgkkljnk",
+     "jg", 3},
+    {"win1_white_renju_15_a", kRenju, 15,
+     "fjhhhiihij", "fhgjgkhj",
+     "gi", 1},
+    {"win1_white_renju_15_b", kRenju, 15,
+     "dgdjfdghgjhg", "cfdffgfijf",
+     "fffh", 1, "ff"},
+    {"win1_white_renju_15_c", kRenju, 15,
+     "eifhghgigkkg", "fkgjhgigii",
+     "ggih", 1},
+    {"win2_black_renju_15_a", kRenju, 15,
+     "giiijhji", "fihikjlk",
+     "hjjj", 2},
+    {"win2_white_renju_15_a", kRenju, 15,
+     "dffgghheigii", "eefhhfifih",
+     "gg", 2},
+    {"win2_white_renju_15_b", kRenju, 15,
+     "fghiigihjfki", "ghgiikjejh",
+     "fhhjjl", 2, "hj"},
+    {"win3_black_renju_15_a", kRenju, 15,
+     "igihlgli", "ghjikhmi",
+     "if", 3, "ifiikglf"},
+    {"win3_black_renju_15_b", kRenju, 15,
+     "gggihiiglg", "ehghjilhlj",
+     "hh", 3, "eifgfihghh"},
+    {"win3_black_renju_15_c", kRenju, 15,
+     "iijjjlklkn", "ijkhkkmhmi",
+     "il", 3},
+    {"win3_black_renju_15_d", kRenju, 15,
+     "eifhghhekd", "hgifkclale",
+     "eh", 3, "ehgg"},
+    {"win3_black_renju_15_e", kRenju, 15,
+     "eheighhiih", "fhgihhijkl",
+     "eggj", 3},
+    {"win3_black_renju_15_f", kRenju, 15,
+     "efffghhiih", "eeehfgfiij",
+     "gfgj", 3, "gfgjhh"},
+    {"win3_black_renju_15_g", kRenju, 15,
+     "ehgegghgic", "feigjbjglg",
+     "gfgh", 3},
+    {"win3_black_renju_15_h", kRenju, 15,
+     "gmhihmiijgkf", "doengjhhhlim",
+     "ifjiki", 3, "ifigjiki"},
+    {"win3_white_renju_15_a", kRenju, 15,
+     "fgihijjlkjlhoh", "gfhiigjhmgnj",
+     "hf", 3},
+    {"win3_white_renju_15_b", kRenju, 15,
+     "gbhaigjcjekdki", "idiejdjgkhle",
+     "hfifkf", 3},
+    {"win3_white_renju_15_c", kRenju, 15,
+     "eggiiikhlgngocoe", "dgfggfhjjgkelf",
+     "he", 3},
+};
+
+const ThreatTactic kDefences[] = {
+    {"defend1_white_freestyle_15_a", kFreestyle, 15,
+     "hihjiiilkk", "giijikjm",
+     "hhhk", 1},
+    {"defend1_white_freestyle_15_b", kFreestyle, 15,
+     "cfhgjfjhkg", "egghhfkh",
+     "igjglg", 1},
+    {"defend1_black_freestyle_15_a", kFreestyle, 15,
+     "egejhihljgld", "eififkgggijf",
+     "fhhjhk", 1},
+    {"defend1_white_freestyle_15_c", kFreestyle, 15,
+     "bhddegfhgghhhi", "afbfcggfhfik",
+     "ff", 1},
+    {"defend2_white_freestyle_15_a", kFreestyle, 15,
+     "ejfgfkghhhhl", "dgdkfifjgi",
+     "diehhi", 2},
+    {"defend3_white_freestyle_15_a", kFreestyle, 15,
+     "fdfhgfhhhi", "difiiiji",
+     "cieiif", 3},
+    {"defend2_white_standard_15_a", kStandard, 15,
+     "fhifigjbjdjhmg", "hfhgibjakbkh",
+     "hdhehh", 2},
+    {"defend1_black_renju_15_a", kRenju, 15,
+     "egfegihhikjd", "dheigjhihjjf",
+     "fj", 1, "fjgk"},
+    {"defend1_black_renju_15_b", kRenju, 15,
+     "iiikkhkimfof", "hiihkgkjlgnh",
+     "hljgjjlh", 1},
+};
+
+// The brute force is single-threaded plain code: under the sanitizers a
+// sample of the positions is enough to run it there too.
+std::vector<ThreatTactic> sample(const ThreatTactic* begin, const ThreatTactic* end) {
+  std::vector<ThreatTactic> kept;
+  for (const ThreatTactic* t = begin; t != end; ++t) {
+#ifdef ZORVA_THREAT_SANITIZED
+    if ((t - begin) % 8 != 0) continue;
+#endif
+    kept.push_back(*t);
+  }
+  return kept;
+}
+
+std::string nameOf(const ::testing::TestParamInfo<ThreatTactic>& info) { return info.param.name; }
+
+// What the brute force sees in a position: each side's five points and wins
+// by fours, and the answer without forbidden points where the table has one.
+struct Judged {
+  referee::Board board;
+  ThreatVerifier verifier;
+  Stone x, o;
+
+  explicit Judged(const ThreatTactic& t)
+      : board(tactics::refereeBoard(t.size, t.black, t.white)), verifier(board, refereeRule(t.rule)),
+        x(board.toMove()), o(referee::other(board.toMove())) {}
+
+  void expectNoFours() {
+    EXPECT_TRUE(verifier.fours.fivePoints(x).empty()) << "a five to complete would be the answer";
+    EXPECT_TRUE(verifier.fours.fivePoints(o).empty()) << "a five to stop would be";
+    EXPECT_EQ(verifier.fours.win(x, kPlyBudget), -1) << "fours alone win for the side to move";
+    EXPECT_EQ(verifier.fours.win(o, kPlyBudget), -1) << "the opponent wins by fours";
+  }
+};
+
+using TacticsThreatWins = ::testing::TestWithParam<ThreatTactic>;
+using TacticsThreatDefences = ::testing::TestWithParam<ThreatTactic>;
+
+TEST_P(TacticsThreatWins, BruteForceOnTheRefereeRulesConfirmsTheAnswer) {
+  const ThreatTactic& t = GetParam();
+  Judged p(t);
+  p.expectNoFours();
+  EXPECT_EQ(p.verifier.shortest(p.x), t.threats);
+  EXPECT_EQ(cellsText(p.verifier.winningMoves(p.x)), t.answer);
+  EXPECT_FALSE(p.verifier.exhausted()) << "the brute force ran out of nodes";
+  if (t.freeAnswer) {
+    ThreatVerifier noForbidden(p.board, Rule::Renju);
+    noForbidden.fours.ignoreForbidden(true);
+    EXPECT_EQ(cellsText(noForbidden.winningMoves(p.x)), t.freeAnswer) << "the wins were black free to play forbidden points";
+    EXPECT_STRNE(t.freeAnswer, t.answer);
+  }
+}
+
+TEST_P(TacticsThreatDefences, BruteForceOnTheRefereeRulesConfirmsTheAnswer) {
+  const ThreatTactic& t = GetParam();
+  Judged p(t);
+  p.expectNoFours();
+  EXPECT_EQ(p.verifier.shortest(p.x), -1) << "the side to move wins by threats itself";
+  EXPECT_EQ(p.verifier.shortest(p.o), t.threats);
+  EXPECT_EQ(cellsText(p.verifier.holdingMoves(p.x)), t.answer);
+  EXPECT_FALSE(p.verifier.exhausted()) << "the brute force ran out of nodes";
+  if (t.freeAnswer) {
+    ThreatVerifier noForbidden(p.board, Rule::Renju);
+    noForbidden.fours.ignoreForbidden(true);
+    EXPECT_EQ(cellsText(noForbidden.holdingMoves(p.x)), t.freeAnswer) << "the holds were black free to play forbidden points";
+    EXPECT_STRNE(t.freeAnswer, t.answer);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Tactics, TacticsThreatWins, ::testing::ValuesIn(sample(std::begin(kWins), std::end(kWins))),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(Tactics, TacticsThreatDefences,
+                         ::testing::ValuesIn(sample(std::begin(kDefences), std::end(kDefences))), nameOf);
+
+// The engine at a game's pace, one thread and a second a move. It does not
+// search threes yet, so these stay off until it does; ZORVA_THREAT_TACTICS=1
+// runs them, listing every position solved or missed.
+bool engineChecksOn() {
+  const char* on = std::getenv("ZORVA_THREAT_TACTICS");
+  return on && std::string(on) == "1";
+}
+
+template <size_t N>
+void expectEngineAnswers(const ThreatTactic (&table)[N]) {
+  initZobrist();
+  const SavedSettings saved;
+  size_t solved = 0;
+  for (const ThreatTactic& t : table) {
+    const Move m = engineTurn(t.rule, t.size, t.black, t.white, {.threads = 1, .maxDepth = 100, .timeoutTurnMs = 1000});
+    const bool ok = inCells(t.answer, m);
+    solved += ok;
+    std::printf("  %-8s %-40s played %s, answers %s\n", ok ? "solved" : "MISSED", t.name, moveText(m).c_str(),
+                t.answer);
+    EXPECT_TRUE(ok) << t.name << ": played " << moveText(m) << ", answers " << t.answer;
+  }
+  std::printf("  the engine solves %zu of %zu\n", solved, N);
+}
+
+TEST(TacticsThreats, EngineFindsWinsNeedingThrees) {
+  if (!engineChecksOn()) GTEST_SKIP() << "until the engine searches threes; ZORVA_THREAT_TACTICS=1 runs it";
+  expectEngineAnswers(kWins);
+}
+
+TEST(TacticsThreats, EngineDefendsAgainstThreeSequences) {
+  if (!engineChecksOn()) GTEST_SKIP() << "until the engine searches threes; ZORVA_THREAT_TACTICS=1 runs it";
+  expectEngineAnswers(kDefences);
+}
+
+}  // namespace
+}  // namespace zorva
