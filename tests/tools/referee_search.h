@@ -149,13 +149,16 @@ struct Verifier {
     return moves;
   }
 
-  // Five points of `s` on the lines through (x, y), which holds an `s` stone.
+  // The five points of `s` that its stone on (x, y) made: `s` had none
+  // before, so each is on a line through the stone and makes its five along
+  // that line, at least five stones long, before the rules judge it.
   std::vector<Cell> fivePointsThrough(int x, int y, Stone s) const {
     std::vector<Cell> points;
     for (int d = 0; d < referee::kDirections; ++d)
       for (int k = -4; k <= 4; ++k) {
         const int px = x + k * referee::kDx[d], py = y + k * referee::kDy[d];
-        if (k == 0 || !b.inside(px, py) || b.at(px, py) != referee::kEmpty || !five(px, py, s)) continue;
+        if (k == 0 || !b.inside(px, py) || b.at(px, py) != referee::kEmpty) continue;
+        if (referee::runThrough(b, px, py, d, s) < 5 || !five(px, py, s)) continue;
         if (std::find(points.begin(), points.end(), Cell{px, py}) == points.end()) points.push_back({px, py});
       }
     return points;

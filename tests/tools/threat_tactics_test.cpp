@@ -223,7 +223,8 @@ class ThreatVerifier {
   bool mayMakeFour(Stone s, Cell c) const {
     for (int d = 0; d < referee::kDirections; ++d) {
       int n = 0;
-      for (int k = -4; k <= 4; ++k) n += k != 0 && fours.b.at(c.x + k * referee::kDx[d], c.y + k * referee::kDy[d]) == s;
+      for (int k = -4; k <= 4; ++k)
+        n += k != 0 && fours.b.at(c.x + k * referee::kDx[d], c.y + k * referee::kDy[d]) == s;
       if (n >= 3) return true;
     }
     return false;
@@ -291,39 +292,21 @@ std::ostream& operator<<(std::ostream& out, const ThreatTactic& t) { return out 
 // where the side to move wins neither by fours nor by threats, and most of
 // its moves lose.
 const ThreatTactic kWins[] = {
-    {"win1_black_freestyle_15_a", kFreestyle, 15,
-     "hfhhiiji", "igijkklj",
-     "hi", 1},
     {"win1_white_freestyle_15_a", kFreestyle, 15,
-     "fffhgfggig", "gehdhfie",
-     "fbgchekg", 1},
-    {"win1_black_freestyle_15_b", kFreestyle, 15,
-     "gfghhjihii", "ffgjhiigjg",
-     "gegghgjh", 1},
-    {"win1_white_freestyle_15_b", kFreestyle, 15,
      "gkhghihjhkil", "hhhliiikjk",
      "jj", 1},
-    {"win1_black_freestyle_15_c", kFreestyle, 15,
+    {"win1_black_freestyle_15_a", kFreestyle, 15,
      "dgdhhgigkhkj", "cieigfghhhjh",
      "kg", 1},
-    {"win1_black_freestyle_15_d", kFreestyle, 15,
-     "fggigjigjjmf", "gmhhhljlkhkj",
-     "gggh", 1},
-    {"win1_black_freestyle_15_e", kFreestyle, 15,
-     "hhidihjfkgkjmdna", "imjhjikfklldmaob",
-     "ieig", 1},
+    {"win1_black_freestyle_15_b", kFreestyle, 15,
+     "cfdefeffgkhh", "dfeeeffjgihi",
+     "fc", 1},
     {"win2_black_freestyle_15_a", kFreestyle, 15,
      "ejfgfkghhh", "dgdkfifjgi",
      "diehhiih", 2},
     {"win2_white_freestyle_15_a", kFreestyle, 15,
      "egejhihljgld", "eififkgijf",
      "cifj", 2},
-    {"win3_black_freestyle_15_a", kFreestyle, 15,
-     "gghghhji", "eggegfjh",
-     "hiig", 3},
-    {"win3_black_freestyle_15_b", kFreestyle, 15,
-     "fhgfhhhi", "difiiiji",
-     "ghhfhghj", 3},
     {"win3_white_freestyle_15_a", kFreestyle, 15,
      "dgfehchgih", "gfghidif",
      "gg", 3},
@@ -333,174 +316,198 @@ const ThreatTactic kWins[] = {
     {"win3_white_freestyle_15_c", kFreestyle, 15,
      "ggieiiijkj", "fegfhhig",
      "hgjf", 3},
-    {"win3_black_freestyle_15_c", kFreestyle, 15,
+    {"win3_black_freestyle_15_a", kFreestyle, 15,
      "eeghigjgle", "edgejfjhke",
      "hgih", 3},
-    {"win3_black_freestyle_15_d", kFreestyle, 15,
-     "bheggghhhi", "afbfcggfhf",
-     "eefffg", 3},
-    {"win3_white_freestyle_15_d", kFreestyle, 15,
-     "cfdefeffgkhh", "eeeffjgihi",
-     "eg", 3},
-    {"win3_white_freestyle_15_e", kFreestyle, 15,
-     "anbmbofkiijh", "dlgkhljjkh",
-     "fjgmim", 3},
-    {"win3_black_freestyle_15_e", kFreestyle, 15,
+    {"win3_black_freestyle_15_b", kFreestyle, 15,
      "cjdhgggihfih", "bieifhifjflh",
      "gf", 3},
-    {"win3_black_freestyle_15_f", kFreestyle, 15,
+    {"win3_black_freestyle_15_c", kFreestyle, 15,
      "hhigjekglfmi", "hfhghkiijflh",
      "me", 3},
-    {"win3_black_freestyle_15_g", kFreestyle, 15,
+    {"win3_black_freestyle_15_d", kFreestyle, 15,
      "bmdlghgkglik", "blfjhiiijhjj",
      "el", 3},
+    {"win2_black_freestyle_20_a", kFreestyle, 20,
+     "fmjikkklll", "hljjjnlpmk",
+     "ml", 2},
+    {"win3_black_freestyle_20_a", kFreestyle, 20,
+     "hiihjfkj", "iijejlki",
+     "hg", 3},
+    {"win3_white_freestyle_20_a", kFreestyle, 20,
+     "jjkjlkllmimn", "gjgmhlkklj",
+     "gkgl", 3},
     {"win1_black_standard_15_a", kStandard, 15,
-     "ehfhhgifjd", "eeegeigfgi",
-     "gh", 1},
+     "giiiikjh", "fihiihij",
+     "hj", 1},
+    {"win1_white_standard_15_a", kStandard, 15,
+     "effdfiggig", "dfffgegi",
+     "eg", 1},
     {"win1_black_standard_15_b", kStandard, 15,
-     "hhhniijikjkk", "fkhjihiojjjl",
-     "ki", 1},
+     "fhigiijkkl", "hhjljnlill",
+     "ij", 1},
     {"win2_black_standard_15_a", kStandard, 15,
-     "ihijjelelf", "hfhgiiiljj",
-     "kelgme", 2},
-    {"win2_white_standard_15_a", kStandard, 15,
-     "bidgdhdlhhhiii", "ehfifkgihfij",
-     "fj", 2},
+     "ffgdgfhg", "fdgcgeif",
+     "fe", 2},
     {"win2_black_standard_15_b", kStandard, 15,
-     "fhifigjbjdjhmd", "hfhgibiejakbkh",
-     "jfld", 2},
+     "figggihg", "gfghigjh",
+     "hi", 2},
+    {"win2_white_standard_15_a", kStandard, 15,
+     "bkcidhgggh", "bicjeifj",
+     "el", 2},
     {"win3_black_standard_15_a", kStandard, 15,
+     "hhhijgjh", "ghigjfkh",
+     "hj", 3},
+    {"win3_black_standard_15_b", kStandard, 15,
      "ghgihhid", "ekemhiif",
      "gg", 3},
-    {"win3_black_standard_15_b", kStandard, 15,
+    {"win3_black_standard_15_c", kStandard, 15,
      "iijgjjkj", "hjhligkh",
      "ji", 3},
-    {"win3_black_standard_15_c", kStandard, 15,
-     "giglhhhk", "igiiiljj",
-     "gkhj", 3},
     {"win3_black_standard_15_d", kStandard, 15,
-     "gihfhhjj", "hiiejijk",
-     "ggig", 3},
-    {"win3_black_standard_15_e", kStandard, 15,
-     "gdhgjdje", "ffggheih",
-     "jckd", 3},
-    {"win3_black_standard_15_f", kStandard, 15,
-     "edeegggh", "fcfhhghi",
-     "eggegf", 3},
-    {"win3_black_standard_15_g", kStandard, 15,
      "ahceehfjgh", "agdffghghk",
      "dh", 3},
-    {"win3_black_standard_15_h", kStandard, 15,
+    {"win3_black_standard_15_e", kStandard, 15,
      "ihjljmkhkj", "eighgihhjk",
      "lk", 3},
-    {"win3_black_standard_15_i", kStandard, 15,
+    {"win3_black_standard_15_f", kStandard, 15,
      "ehfhgfghih", "dghghhigji",
      "fg", 3},
-    {"win3_black_standard_15_j", kStandard, 15,
+    {"win3_black_standard_15_g", kStandard, 15,
      "fjihiijijk", "ehhiijjgkg",
      "jj", 3},
-    {"win3_black_standard_15_k", kStandard, 15,
-     "ddedeffhgg", "agcfdeffhf",
-     "eggd", 3},
-    {"win3_white_standard_15_a", kStandard, 15,
-     "fdhgjjkekflk", "gegfidihle",
-     "gghe", 3},
-    {"win3_white_standard_15_b", kStandard, 15,
-     "fegeghhkihmk", "gchfiikhki",
-     "jikg", 3},
-    {"win3_white_standard_15_c", kStandard, 15,
-     "fhgggjheigll", "hfhhjfjjlh",
-     "kfkgki", 3},
-    {"win3_black_standard_15_l", kStandard, 15,
-     "akcjegejfigi", "agahehfhfjij",
-     "gh", 3},
-    {"win3_black_standard_15_m", kStandard, 15,
-     "dbeeegfefjhehgih", "chedejfggfhhidie",
-     "de", 3},
-    {"win3_white_standard_15_d", kStandard, 15,
-     "ddfefggdhiihlfmfmi", "cdeehgjikgkkljnk",
-     "jg", 3},
+    {"win1_black_standard_20_a", kStandard, 20,
+     "ljlkmknkoj", "kkninjnlol",
+     "lmokpk", 1},
     {"win1_white_renju_15_a", kRenju, 15,
+     "dgdjffgghf", "ehfgifjg",
+     "he", 1},
+    {"win1_white_renju_15_b", kRenju, 15,
      "fjhhhiihij", "fhgjgkhj",
      "gi", 1},
-    {"win1_white_renju_15_b", kRenju, 15,
-     "dgdjfdghgjhg", "cfdffgfijf",
-     "fffh", 1, "ff"},
     {"win1_white_renju_15_c", kRenju, 15,
-     "eifhghgigkkg", "fkgjhgigii",
-     "ggih", 1},
+     "cfdheffihghh", "ehgjihjhjj",
+     "hjjg", 1},
     {"win2_black_renju_15_a", kRenju, 15,
      "giiijhji", "fihikjlk",
      "hjjj", 2},
     {"win2_white_renju_15_a", kRenju, 15,
      "dffgghheigii", "eefhhfifih",
      "gg", 2},
-    {"win2_white_renju_15_b", kRenju, 15,
-     "fghiigihjfki", "ghgiikjejh",
-     "fhhjjl", 2, "hj"},
+    {"win2_black_renju_15_b", kRenju, 15,
+     "cdeegbhficifihjcjfmb", "ffgdggieigiikfldmcnd",
+     "gchc", 2},
     {"win3_black_renju_15_a", kRenju, 15,
-     "igihlgli", "ghjikhmi",
-     "if", 3, "ifiikglf"},
+     "ghjgkgki", "fgihkfli",
+     "ig", 3},
     {"win3_black_renju_15_b", kRenju, 15,
-     "gggihiiglg", "ehghjilhlj",
-     "hh", 3, "eifgfihghh"},
+     "hhiiijjg", "ghifjhkg",
+     "jj", 3, "ihjj"},
     {"win3_black_renju_15_c", kRenju, 15,
-     "iijjjlklkn", "ijkhkkmhmi",
-     "il", 3},
+     "gigkhghi", "dgehfggh",
+     "fi", 3, "fihh"},
     {"win3_black_renju_15_d", kRenju, 15,
-     "eifhghhekd", "hgifkclale",
-     "eh", 3, "ehgg"},
-    {"win3_black_renju_15_e", kRenju, 15,
-     "eheighhiih", "fhgihhijkl",
-     "eggj", 3},
-    {"win3_black_renju_15_f", kRenju, 15,
-     "efffghhiih", "eeehfgfiij",
-     "gfgj", 3, "gfgjhh"},
-    {"win3_black_renju_15_g", kRenju, 15,
-     "ehgegghgic", "feigjbjglg",
-     "gfgh", 3},
-    {"win3_black_renju_15_h", kRenju, 15,
-     "gmhihmiijgkf", "doengjhhhlim",
-     "ifjiki", 3, "ifigjiki"},
+     "ekfigihj", "cidjfjjk",
+     "hi", 3},
     {"win3_white_renju_15_a", kRenju, 15,
-     "fgihijjlkjlhoh", "gfhiigjhmgnj",
-     "hf", 3},
+     "ghgjhjigjm", "fhfjhhhk",
+     "fi", 3, ""},
+    {"win3_black_renju_15_e", kRenju, 15,
+     "gdigjgkflh", "gegfhgkimi",
+     "ih", 3, "ifih"},
     {"win3_white_renju_15_b", kRenju, 15,
-     "gbhaigjcjekdki", "idiejdjgkhle",
-     "hfifkf", 3},
-    {"win3_white_renju_15_c", kRenju, 15,
-     "eggiiikhlgngocoe", "dgfggfhjjgkelf",
-     "he", 3},
+     "dhfifjghjikf", "ehfhgihiig",
+     "eg", 3, ""},
+    {"win1_black_renju_20_a", kRenju, 20,
+     "hkjfkgkjmgog", "jklimfmhmlpi",
+     "hdiekhmi", 1, "hdiekhkilhmi"},
+    {"win2_black_renju_20_a", kRenju, 20,
+     "ijjgjijmkj", "jljnkoljlk",
+     "gjhkjjkhlg", 2},
+    {"win3_black_renju_20_a", kRenju, 20,
+     "hjjkkjkl", "gigjiklm",
+     "il", 3},
+    {"win3_white_renju_20_a", kRenju, 20,
+     "goihjlljlmnh", "hnijikjjlk",
+     "kk", 3, ""},
 };
 
 const ThreatTactic kDefences[] = {
     {"defend1_white_freestyle_15_a", kFreestyle, 15,
-     "hihjiiilkk", "giijikjm",
-     "hhhk", 1},
-    {"defend1_white_freestyle_15_b", kFreestyle, 15,
      "cfhgjfjhkg", "egghhfkh",
      "igjglg", 1},
-    {"defend1_black_freestyle_15_a", kFreestyle, 15,
-     "egejhihljgld", "eififkgggijf",
-     "fhhjhk", 1},
+    {"defend1_white_freestyle_15_b", kFreestyle, 15,
+     "gfghhjihiiil", "ffgjhiigjg",
+     "hgjh", 1},
     {"defend1_white_freestyle_15_c", kFreestyle, 15,
      "bhddegfhgghhhi", "afbfcggfhfik",
      "ff", 1},
+    {"defend1_white_freestyle_15_d", kFreestyle, 15,
+     "hhidihjfjgjokgkjmdna", "imjhjikfklldlhmaob",
+     "ig", 1},
     {"defend2_white_freestyle_15_a", kFreestyle, 15,
-     "ejfgfkghhhhl", "dgdkfifjgi",
-     "diehhi", 2},
-    {"defend3_white_freestyle_15_a", kFreestyle, 15,
-     "fdfhgfhhhi", "difiiiji",
-     "cieiif", 3},
+     "hihjiiilki", "giijikjm",
+     "gkhk", 2},
+    {"defend2_white_freestyle_15_b", kFreestyle, 15,
+     "fhgdgfhhhi", "difiiiji",
+     "cieighhg", 2},
+    {"defend2_white_freestyle_15_c", kFreestyle, 15,
+     "ejfgfkfmghhh", "dgdkfifjgi",
+     "diehhiih", 2},
+    {"defend2_white_freestyle_20_a", kFreestyle, 20,
+     "ihijjkjlkk", "ilklkmln",
+     "jj", 2},
+    {"defend2_white_freestyle_20_b", kFreestyle, 20,
+     "hihkhnihjfkj", "iijejlkeki",
+     "heieleme", 2},
+    {"defend1_white_standard_15_a", kStandard, 15,
+     "hehhigkfki", "fhghieij",
+     "fghfhijk", 1},
+    {"defend1_white_standard_15_b", kStandard, 15,
+     "cgeeffgeiglg", "feggkhlenf",
+     "dffd", 1},
+    {"defend1_white_standard_15_c", kStandard, 15,
+     "fhgdifigjbjdjh", "hfhgibjakbkh",
+     "ie", 1},
+    {"defend1_white_standard_15_d", kStandard, 15,
+     "dmedeffdfigfggig", "aebddffffkgegi",
+     "eg", 1},
     {"defend2_white_standard_15_a", kStandard, 15,
-     "fhifigjbjdjhmg", "hfhgibjakbkh",
-     "hdhehh", 2},
+     "fdggheigjg", "gbhchhkg",
+     "id", 2},
+    {"defend2_white_standard_15_b", kStandard, 15,
+     "gghgifihjd", "fhheigjj",
+     "gfghje", 2},
+    {"defend2_white_standard_15_c", kStandard, 15,
+     "dhhhhjigji", "fhgkihij",
+     "gihghijf", 2},
+    {"defend1_white_standard_20_a", kStandard, 20,
+     "klkmljlnmkoj", "jlkgkhlkmn",
+     "kikjllnj", 1},
+    {"defend1_white_standard_20_b", kStandard, 20,
+     "khljlkmknkoj", "kkninjnlol",
+     "lilmml", 1},
+    {"defend1_white_renju_15_a", kRenju, 15,
+     "ekemfigihj", "cidjfjjk",
+     "ej", 1},
     {"defend1_black_renju_15_a", kRenju, 15,
+     "gehghhigjdkb", "gchfiejgjhle",
+     "jf", 1},
+    {"defend1_black_renju_15_b", kRenju, 15,
      "egfegihhikjd", "dheigjhihjjf",
      "fj", 1, "fjgk"},
-    {"defend1_black_renju_15_b", kRenju, 15,
-     "iiikkhkimfof", "hiihkgkjlgnh",
-     "hljgjjlh", 1},
+    {"defend2_white_renju_15_a", kRenju, 15,
+     "giiiikjhji", "fihikjlk",
+     "ij", 2, ""},
+    {"defend2_white_renju_15_b", kRenju, 15,
+     "hhieifjekg", "ggiaicjd",
+     "ke", 2},
+    {"defend2_black_renju_15_a", kRenju, 15,
+     "akcjdkfigg", "bedgdhegeh",
+     "biejelfm", 2},
+    {"defend2_white_renju_15_c", kRenju, 15,
+     "dihkigiiiojhjlkekn", "figohihjjokolkll",
+     "lj", 2},
 };
 
 // The brute force is single-threaded plain code: under the sanitizers a
@@ -518,57 +525,45 @@ std::vector<ThreatTactic> sample(const ThreatTactic* begin, const ThreatTactic* 
 
 std::string nameOf(const ::testing::TestParamInfo<ThreatTactic>& info) { return info.param.name; }
 
-// What the brute force sees in a position: each side's five points and wins
-// by fours, and the answer without forbidden points where the table has one.
-struct Judged {
-  referee::Board board;
-  ThreatVerifier verifier;
-  Stone x, o;
+enum class Question { Win, Defence };
 
-  explicit Judged(const ThreatTactic& t)
-      : board(tactics::refereeBoard(t.size, t.black, t.white)), verifier(board, refereeRule(t.rule)),
-        x(board.toMove()), o(referee::other(board.toMove())) {}
-
-  void expectNoFours() {
-    EXPECT_TRUE(verifier.fours.fivePoints(x).empty()) << "a five to complete would be the answer";
-    EXPECT_TRUE(verifier.fours.fivePoints(o).empty()) << "a five to stop would be";
-    EXPECT_EQ(verifier.fours.win(x, kPlyBudget), -1) << "fours alone win for the side to move";
-    EXPECT_EQ(verifier.fours.win(o, kPlyBudget), -1) << "the opponent wins by fours";
+// The brute force's answer on the table's position: its five points and wins
+// by fours first, none of which may be there, then the side to move's own
+// win and the opponent's, then the moves that win or hold.
+void expectAnswer(const ThreatTactic& t, Question q) {
+  referee::Board board = tactics::refereeBoard(t.size, t.black, t.white);
+  ThreatVerifier v(board, refereeRule(t.rule));
+  const Stone x = board.toMove(), o = referee::other(x);
+  EXPECT_TRUE(v.fours.fivePoints(x).empty()) << "a five to complete would be the answer";
+  EXPECT_TRUE(v.fours.fivePoints(o).empty()) << "a five to stop would be";
+  EXPECT_EQ(v.fours.win(x, kPlyBudget), -1) << "fours alone win for the side to move";
+  EXPECT_EQ(v.fours.win(o, kPlyBudget), -1) << "the opponent wins by fours";
+  if (q == Question::Win) {
+    EXPECT_EQ(v.shortest(x), t.threats);
+  } else {
+    EXPECT_EQ(v.shortest(x), -1) << "the side to move wins by threats itself";
+    EXPECT_EQ(v.shortest(o), t.threats);
   }
-};
+  auto answer = [&](ThreatVerifier& by) {
+    return cellsText(q == Question::Win ? by.winningMoves(x) : by.holdingMoves(x));
+  };
+  EXPECT_EQ(answer(v), t.answer);
+  EXPECT_FALSE(v.exhausted()) << "the brute force ran out of nodes";
+  if (t.freeAnswer) {
+    ThreatVerifier noForbidden(board, Rule::Renju);
+    noForbidden.fours.ignoreForbidden(true);
+    EXPECT_EQ(answer(noForbidden), t.freeAnswer) << "the answer were black free to play forbidden points";
+    EXPECT_STRNE(t.freeAnswer, t.answer) << "the forbidden points do not decide this position";
+  }
+}
 
 using TacticsThreatWins = ::testing::TestWithParam<ThreatTactic>;
 using TacticsThreatDefences = ::testing::TestWithParam<ThreatTactic>;
 
-TEST_P(TacticsThreatWins, BruteForceOnTheRefereeRulesConfirmsTheAnswer) {
-  const ThreatTactic& t = GetParam();
-  Judged p(t);
-  p.expectNoFours();
-  EXPECT_EQ(p.verifier.shortest(p.x), t.threats);
-  EXPECT_EQ(cellsText(p.verifier.winningMoves(p.x)), t.answer);
-  EXPECT_FALSE(p.verifier.exhausted()) << "the brute force ran out of nodes";
-  if (t.freeAnswer) {
-    ThreatVerifier noForbidden(p.board, Rule::Renju);
-    noForbidden.fours.ignoreForbidden(true);
-    EXPECT_EQ(cellsText(noForbidden.winningMoves(p.x)), t.freeAnswer) << "the wins were black free to play forbidden points";
-    EXPECT_STRNE(t.freeAnswer, t.answer);
-  }
-}
+TEST_P(TacticsThreatWins, BruteForceOnTheRefereeRulesConfirmsTheAnswer) { expectAnswer(GetParam(), Question::Win); }
 
 TEST_P(TacticsThreatDefences, BruteForceOnTheRefereeRulesConfirmsTheAnswer) {
-  const ThreatTactic& t = GetParam();
-  Judged p(t);
-  p.expectNoFours();
-  EXPECT_EQ(p.verifier.shortest(p.x), -1) << "the side to move wins by threats itself";
-  EXPECT_EQ(p.verifier.shortest(p.o), t.threats);
-  EXPECT_EQ(cellsText(p.verifier.holdingMoves(p.x)), t.answer);
-  EXPECT_FALSE(p.verifier.exhausted()) << "the brute force ran out of nodes";
-  if (t.freeAnswer) {
-    ThreatVerifier noForbidden(p.board, Rule::Renju);
-    noForbidden.fours.ignoreForbidden(true);
-    EXPECT_EQ(cellsText(noForbidden.holdingMoves(p.x)), t.freeAnswer) << "the holds were black free to play forbidden points";
-    EXPECT_STRNE(t.freeAnswer, t.answer);
-  }
+  expectAnswer(GetParam(), Question::Defence);
 }
 
 INSTANTIATE_TEST_SUITE_P(Tactics, TacticsThreatWins, ::testing::ValuesIn(sample(std::begin(kWins), std::end(kWins))),
