@@ -11,216 +11,24 @@
 // then agree with those answers.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdint>
-#include <iterator>
-#include <cstdio>
 #include <ostream>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "board/board.h"
 #include "board/zobrist.h"
 #include "match/rules.h"
-#include "protocol/engine_state.h"
-#include "protocol/output.h"
-#include "search/driver.h"
-#include "search/engine_search.h"
 #include "search/searcher.h"
-#include "search/tt.h"
 #include "search/vcf.h"
+#include "tools/referee_search.h"
 
 namespace zorva {
 namespace {
 
-using referee::Cell;
-using referee::Rule;
-using referee::Stone;
-
-// Plies a win may take, as in the engine's threat search (kMaxVcfPlies).
-constexpr int kPlyBudget = 40;
+using namespace tactics;
 
 // ---------------------------------------------------------------------------
-// The brute force: wins by continuous fours found by trying every cell with
-// the referee's five and forbidden-point tests, with a table of positions
-// already decided so that the exhaustive searches behind "no win" stay small.
-
-uint64_t mixBits(uint64_t z) {
-  z += 0x9E3779B97F4A7C15ull;
-  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-  z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-  return z ^ (z >> 31);
-}
-uint64_t stoneKey(int x, int y, Stone s) { return mixBits(uint64_t(x * 32 + y) * 3 + s); }
-
-struct Verifier {
-  referee::Board& b;
-  Rule rule;
-  int64_t nodes = 0;
-  bool exhausted = false;  // the node limit cut a search short: a "no win" then proves nothing
-
-  explicit Verifier(referee::Board& board, Rule r) : b(board), rule(r) {
-    for (int x = 0; x < b.height(); ++x)
-      for (int y = 0; y < b.width(); ++y)
-        if (b.at(x, y) != referee::kEmpty) hash_ ^= stoneKey(x, y, b.at(x, y));
-  }
-
-  // Lets black play forbidden points: what black's wins, and white's, would
-  // be without them. The decided positions no longer hold and are dropped.
-  void ignoreForbidden(bool ignore) {
-    ignoreForbidden_ = ignore;
-    memo_.clear();
-  }
-
-  void put(int x, int y, Stone s) {
-    b.set(x, y, s);
-    hash_ ^= stoneKey(x, y, s);
-  }
-  void lift(int x, int y) {
-    hash_ ^= stoneKey(x, y, b.at(x, y));
-    b.set(x, y, referee::kEmpty);
-  }
-
-  bool five(int x, int y, Stone s) const { return referee::makesFive(b, x, y, s, rule); }
-  bool forbidden(Stone s, int x, int y) {
-    return !ignoreForbidden_ && rule == Rule::Renju && s == referee::kBlack && referee::isForbidden(b, x, y);
-  }
-  // A five is allowed even where the move would otherwise be forbidden.
-  bool legal(Stone s, int x, int y) { return five(x, y, s) || !forbidden(s, x, y); }
-
-  std::vector<Cell> fivePoints(Stone s) const {
-    std::vector<Cell> points;
-    for (int x = 0; x < b.height(); ++x)
-      for (int y = 0; y < b.width(); ++y)
-        if (b.at(x, y) == referee::kEmpty && five(x, y, s)) points.push_back({x, y});
-    return points;
-  }
-
-  // Plies until `s`, to move, has a five point by continuous fours, or -1.
-  int win(Stone s, int budget) {
-    if (!fivePoints(s).empty()) return 0;
-    if (budget < 2) return -1;
-    if (++nodes > kNodeLimit) {
-      exhausted = true;
-      return -1;
-    }
-    const uint64_t key = hash_ ^ (s == referee::kWhite ? 0x5851F42D4C957F2Dull : 0);
-    if (const auto found = memo_.find(key); found != memo_.end()) {
-      if (found->second.win >= 0 && found->second.win <= budget) return found->second.win;
-      if (budget <= found->second.fail) return -1;
-    }
-    // Two five points of the opponent cannot both be blocked; one must be,
-    // and the block has to be a four of ours to keep the attack going.
-    const std::vector<Cell> threats = fivePoints(referee::other(s));
-    int result = -1;
-    if (threats.size() <= 1)
-      for (int x = 0; x < b.height() && result < 0; ++x)
-        for (int y = 0; y < b.width() && result < 0; ++y) {
-          if (b.at(x, y) != referee::kEmpty || (threats.size() == 1 && !(threats[0] == Cell{x, y}))) continue;
-          if (isFour(s, x, y) && !forbidden(s, x, y)) result = afterFour(s, x, y, budget);
-        }
-    Memo& m = memo_[key];
-    if (result >= 0)
-      m.win = m.win < 0 ? int16_t(result) : std::min(m.win, int16_t(result));
-    else if (!exhausted)
-      m.fail = std::max(m.fail, int16_t(budget));
-    return result;
-  }
-
-  // The fewest plies of a win by continuous fours, or -1.
-  int shortest(Stone s) {
-    for (int budget = 0; budget <= kPlyBudget; budget += 2)
-      if (win(s, budget) >= 0) return budget;
-    return -1;
-  }
-
-  // The fours that start a win within `budget` plies; the opponent has no five point.
-  std::vector<Cell> winningFours(Stone s, int budget) {
-    std::vector<Cell> moves;
-    for (int x = 0; x < b.height(); ++x)
-      for (int y = 0; y < b.width(); ++y)
-        if (b.at(x, y) == referee::kEmpty && isFour(s, x, y) && !forbidden(s, x, y) && afterFour(s, x, y, budget) >= 0)
-          moves.push_back({x, y});
-    return moves;
-  }
-
-  // The moves of `s` after which the opponent has neither a five point nor a
-  // win by continuous fours.
-  std::vector<Cell> holdingMoves(Stone s) {
-    std::vector<Cell> moves;
-    for (int x = 0; x < b.height(); ++x)
-      for (int y = 0; y < b.width(); ++y) {
-        if (b.at(x, y) != referee::kEmpty || !legal(s, x, y)) continue;
-        put(x, y, s);
-        if (win(referee::other(s), kPlyBudget) < 0) moves.push_back({x, y});
-        lift(x, y);
-      }
-    return moves;
-  }
-
- private:
-  static constexpr int64_t kNodeLimit = 2000000;
-  struct Memo {
-    int16_t win = -1;   // plies of a known win, or -1
-    int16_t fail = -1;  // the largest budget known to hold no win, or -1
-  };
-
-  // Five points of `s` on the lines through (x, y), which holds an `s` stone.
-  std::vector<Cell> fivePointsThrough(int x, int y, Stone s) const {
-    std::vector<Cell> points;
-    for (int d = 0; d < referee::kDirections; ++d)
-      for (int k = -4; k <= 4; ++k) {
-        const int px = x + k * referee::kDx[d], py = y + k * referee::kDy[d];
-        if (k == 0 || !b.inside(px, py) || b.at(px, py) != referee::kEmpty || !five(px, py, s)) continue;
-        if (std::find(points.begin(), points.end(), Cell{px, py}) == points.end()) points.push_back({px, py});
-      }
-    return points;
-  }
-
-  // Whether a stone of `s` on the empty cell makes a five point.
-  bool isFour(Stone s, int x, int y) {
-    bool near = false;  // a four needs three more stones of `s` within four steps on one line
-    for (int d = 0; d < referee::kDirections && !near; ++d) {
-      int n = 0;
-      for (int k = -4; k <= 4; ++k) n += k != 0 && b.at(x + k * referee::kDx[d], y + k * referee::kDy[d]) == s;
-      near = n >= 3;
-    }
-    if (!near) return false;
-    put(x, y, s);
-    const bool four = !fivePointsThrough(x, y, s).empty();
-    lift(x, y);
-    return four;
-  }
-
-  // Plies until `s` has a five point after its four on (x, y), or -1. Two
-  // five points win, and so does one that black may not take.
-  int afterFour(Stone s, int x, int y, int budget) {
-    const Stone o = referee::other(s);
-    put(x, y, s);
-    const std::vector<Cell> fives = fivePointsThrough(x, y, s);
-    int plies = -1;
-    if (fives.size() >= 2 || (fives.size() == 1 && forbidden(o, fives[0].x, fives[0].y))) {
-      plies = 2;
-    } else if (fives.size() == 1 && budget >= 2) {
-      put(fives[0].x, fives[0].y, o);
-      const int rest = win(s, budget - 2);
-      lift(fives[0].x, fives[0].y);
-      if (rest >= 0) plies = rest + 2;
-    }
-    lift(x, y);
-    return plies;
-  }
-
-  uint64_t hash_ = 0;
-  bool ignoreForbidden_ = false;
-  std::unordered_map<uint64_t, Memo> memo_;
-};
-
-// ---------------------------------------------------------------------------
-// The positions. Cells are written as two letters, row then column, 'a' for
-// 0: "hc" is row 7, column 2. The side to move follows from the counts (black
-// moves when both have as many stones).
+// The positions, written as referee_search.h describes.
 
 enum class Kind {
   Five,        // the side to move completes a five: the answer is its five points
@@ -476,74 +284,15 @@ const Tactic kTactics[] = {
 
 std::ostream& operator<<(std::ostream& out, const Tactic& t) { return out << t.name; }
 
-Rule refereeRule(int rule) {
-  return rule == kRenju ? Rule::Renju : rule == kStandard ? Rule::ExactFive : Rule::Freestyle;
-}
+bool inAnswer(const Tactic& t, Move m) { return inCells(t.answer, m); }
 
-std::vector<Cell> cellsOf(const char* text) {
-  std::vector<Cell> cells;
-  for (; text[0] && text[1]; text += 2) cells.push_back({text[0] - 'a', text[1] - 'a'});
-  return cells;
-}
-
-std::string cellsText(std::vector<Cell> cells) {
-  std::sort(cells.begin(), cells.end(), [](Cell a, Cell b) { return a.x != b.x ? a.x < b.x : a.y < b.y; });
-  std::string text;
-  for (const Cell& c : cells) text += {char('a' + c.x), char('a' + c.y)};
-  return text;
-}
-
-std::string moveText(Move m) { return m == kNoMove ? "none" : std::string{char('a' + rowOf(m)), char('a' + colOf(m))}; }
-
-bool inAnswer(const Tactic& t, Move m) {
-  for (const Cell& c : cellsOf(t.answer))
-    if (makeMove(c.x, c.y) == m) return true;
-  return false;
-}
-
-referee::Board refereeBoard(const Tactic& t) {
-  referee::Board b(t.size, t.size);
-  for (const Cell& c : cellsOf(t.black)) b.set(c.x, c.y, referee::kBlack);
-  for (const Cell& c : cellsOf(t.white)) b.set(c.x, c.y, referee::kWhite);
-  return b;
-}
-
-// Stones go down alternately, black first, as in a game.
-void setUpBoard(Board& board, const Tactic& t) {
-  board.reset(t.size, t.size, t.rule);
-  const std::vector<Cell> black = cellsOf(t.black), white = cellsOf(t.white);
-  for (size_t i = 0; i < std::max(black.size(), white.size()); ++i) {
-    if (i < black.size()) board.placeStone(makeMove(black[i].x, black[i].y), BLACK);
-    if (i < white.size()) board.placeStone(makeMove(white[i].x, white[i].y), WHITE);
-  }
-}
+referee::Board refereeBoard(const Tactic& t) { return tactics::refereeBoard(t.size, t.black, t.white); }
 
 bool winKind(Kind k) { return k == Kind::Five || k == Kind::OpenFour || k == Kind::Vcf || k == Kind::RenjuTrap; }
 
 // Deep enough for every answer here to be proven or seen; the threat search
 // does the long wins at any depth.
 constexpr int kDriverDepth = 6;
-
-// The settings a turn here changes, put back afterwards for the other tests
-// of the program.
-class SavedSettings {
- public:
-  SavedSettings() {
-    for (size_t i = 0; i < std::size(kFields); ++i) saved_[i] = engine.settings.*kFields[i];
-  }
-  ~SavedSettings() {
-    for (size_t i = 0; i < std::size(kFields); ++i) engine.settings.*kFields[i] = saved_[i];
-  }
-  SavedSettings(const SavedSettings&) = delete;
-  SavedSettings& operator=(const SavedSettings&) = delete;
-
- private:
-  static constexpr Relaxed<int32_t> Settings::*kFields[] = {
-      &Settings::rule, &Settings::timeoutTurn, &Settings::timeLeft, &Settings::timeIncrement,
-      &Settings::startDepth, &Settings::maxDepth, &Settings::maxNode, &Settings::earlyStop,
-      &Settings::showDetail, &Settings::threadNum, &Settings::threadSplitDepth, &Settings::hashSize};
-  int32_t saved_[std::size(kFields)];
-};
 
 class TacticsTest : public ::testing::TestWithParam<Tactic> {
  protected:
@@ -563,35 +312,7 @@ class TacticsTest : public ::testing::TestWithParam<Tactic> {
 
   // One turn of the engine on the position with `threads` search threads.
   static Move driverMove(const Tactic& t, int threads) {
-    Settings& s = engine.settings;
-    s.rule = t.rule;
-    s.timeoutTurn = 100000000;
-    s.timeLeft = 100000000;
-    s.timeIncrement = 0;
-    s.startDepth = 1;
-    s.maxDepth = kDriverDepth;
-    s.maxNode = -1;
-    s.earlyStop = 1;
-    s.showDetail = 0;
-    s.threadNum = threads;
-    s.threadSplitDepth = 2;  // low enough that helpers join at these depths
-    s.hashSize = 16;
-    engine.stopFlag = 0;
-    engine.searchAborted = 0;
-    engine.think.builtRule = -1;
-    engine.think.finalValue = 0;
-    engine.think.currentDepth = 0;
-    std::fill(std::begin(engine.blockTable), std::end(engine.blockTable), 0);
-    setUpBoard(engine.board, t);
-    if (transpositionTable.allocated()) transpositionTable.clear();  // each run starts cold
-    // The rule change prints a line; nothing here reads it.
-    std::FILE* sink = std::fopen("/dev/null", "w");
-    setOutput(sink);
-    EngineSearch backend;
-    const Move m = runTurnDriver(backend, engine.board, true);
-    setOutput(nullptr);
-    if (sink) std::fclose(sink);
-    return m;
+    return engineTurn(t.rule, t.size, t.black, t.white, {.threads = threads, .maxDepth = kDriverDepth});
   }
 };
 
@@ -649,7 +370,7 @@ TEST_P(TacticsTest, BruteForceOnTheRefereeRulesConfirmsTheAnswer) {
 TEST_P(TacticsTest, ThreatSearchAgrees) {
   const Tactic& t = GetParam();
   Searcher& s = searcher(0);
-  setUpBoard(s.board, t);
+  setUpBoard(s.board, t.rule, t.size, t.black, t.white);
   const Colour side = s.board.sideToMove(), other = opponent(side);
   if (winKind(t.kind)) {
     const int plies = threatSearchPlies(s, side);

@@ -1,0 +1,610 @@
+// Tactical positions whose answer needs threes: wins by continuous threats
+// where fours alone do not win, and defences against an opponent who would
+// win so if the side to move let it. Under every rule, with Renju positions
+// where black's threes must keep off forbidden points and white's attack
+// runs through them.
+//
+// The answers are established by a brute force on the referee's rules code
+// (see referee_search.h): the frozen tables must match it. The engine's turn
+// driver is then asked for a move at a game's pace.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+#include <ostream>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "board/board.h"
+#include "board/zobrist.h"
+#include "match/rules.h"
+#include "tools/referee_search.h"
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define ZORVA_THREAT_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define ZORVA_THREAT_SANITIZED 1
+#endif
+#endif
+
+namespace zorva {
+namespace {
+
+using namespace tactics;
+
+// Threat moves (fours and threes) the attacker may make before its win by
+// fours; the wins below need at most this many, and "no win" means none this
+// deep.
+constexpr int kThreatBudget = 3;
+
+// ---------------------------------------------------------------------------
+// The brute force for wins by continuous threats. A threat is a four, or a
+// three in the wide sense: a move after which the attacker wins by fours if
+// the defender passes. A four must be answered at its completion point; a
+// three at any cell, so every empty cell the defender may play is tried, and
+// its fours too, each of which the attacker must block before going on.
+// Black never plays a forbidden point under Renju, attacking or defending.
+class ThreatVerifier {
+ public:
+  ThreatVerifier(referee::Board& b, Rule rule) : fours(b, rule) {
+    fours.nodeLimit = 20000000;
+    std::fill(std::begin(killers_), std::end(killers_), Cell{-1, -1});
+  }
+
+  Verifier fours;  // wins by fours alone, on the same board
+
+  // A search cut short by a node limit: a "no win" then proves nothing.
+  bool exhausted() const { return fours.exhausted || nodes_ > kNodeLimit; }
+
+  // The fewest threat moves of a win, or -1.
+  int shortest(Stone a) {
+    for (int threats = 0; threats <= kThreatBudget; ++threats)
+      if (attack(a, threats)) return threats;
+    return -1;
+  }
+
+  // Every first move of `a` (every empty cell is tried) that wins within the budget.
+  std::vector<Cell> winningMoves(Stone a) {
+    return movesWhere(a, [&] { return answer(a, kThreatBudget - 1); });
+  }
+
+  // Every move of `x` after which the opponent has no win within the budget.
+  std::vector<Cell> holdingMoves(Stone x) {
+    return movesWhere(x, [&] { return !attack(referee::other(x), kThreatBudget); });
+  }
+
+ private:
+  static constexpr int64_t kNodeLimit = 3000000;
+  struct Memo {
+    int8_t win = 127;  // the fewest threats known to win
+    int8_t fail = -1;  // the most threats known not to
+  };
+
+  template <typename F>
+  std::vector<Cell> movesWhere(Stone s, F good) {
+    std::vector<Cell> moves;
+    for (int x = 0; x < board().height(); ++x)
+      for (int y = 0; y < board().width(); ++y) {
+        if (board().at(x, y) != referee::kEmpty || !fours.legal(s, x, y)) continue;
+        fours.put(x, y, s);
+        if (good()) moves.push_back({x, y});
+        fours.lift(x, y);
+      }
+    return moves;
+  }
+
+  referee::Board& board() { return fours.b; }
+
+  // `a` to move.
+  bool attack(Stone a, int threats) {
+    const Stone d = referee::other(a);
+    if (!fours.fivePoints(a).empty()) return true;
+    const std::vector<Cell> theirs = fours.fivePoints(d);
+    if (theirs.size() >= 2) return false;
+    const uint64_t key = mixBits(fours.hash() ^ (a == referee::kWhite ? 0x2545F4914F6CDD1Dull : 0));
+    if (const auto found = memo_.find(key); found != memo_.end()) {
+      if (threats >= found->second.win) return true;
+      if (threats <= found->second.fail) return false;
+    }
+    bool won = false;
+    if (++nodes_ > kNodeLimit) return false;
+    if (theirs.size() == 1) {
+      // The block is forced and costs no threat.
+      const Cell c = theirs[0];
+      if (fours.legal(a, c.x, c.y)) {
+        fours.put(c.x, c.y, a);
+        won = answer(a, threats);
+        fours.lift(c.x, c.y);
+      }
+    } else if (fours.win(a, kPlyBudget) >= 0) {
+      won = true;
+    } else if (threats > 0) {
+      // The threat that won last at this depth first: a position seldom
+      // changes enough between siblings to need another.
+      Cell& killer = killers_[threats];
+      auto tryThreat = [&](int x, int y) {
+        if (!candidate(a, x, y) || !fours.legal(a, x, y)) return false;
+        fours.put(x, y, a);
+        won = answer(a, threats - 1);
+        fours.lift(x, y);
+        if (won) killer = {x, y};
+        return won;
+      };
+      const Cell first = killer;
+      if (first.x < 0 || !tryThreat(first.x, first.y))
+        for (int x = 0; x < board().height() && !won; ++x)
+          for (int y = 0; y < board().width() && !won; ++y)
+            if (!(Cell{x, y} == first)) tryThreat(x, y);
+    }
+    if (exhausted()) return won;  // a cut search decides nothing for the table
+    Memo& m = memo_[key];
+    if (won)
+      m.win = std::min<int8_t>(m.win, int8_t(threats));
+    else
+      m.fail = std::max<int8_t>(m.fail, int8_t(threats));
+    return won;
+  }
+
+  // Where a threat of `a` may be: a cell that makes three stones of `a` in
+  // five cells of a line free of the defender's. Threats elsewhere are
+  // possible but rare; the brute force forgoes them below the first move,
+  // which only makes its wins fewer, never false.
+  bool candidate(Stone a, int x, int y) const {
+    const referee::Board& b = fours.b;
+    if (b.at(x, y) != referee::kEmpty) return false;
+    for (int d = 0; d < referee::kDirections; ++d)
+      for (int start = -4; start <= 0; ++start) {
+        int own = 0;
+        bool open = true;
+        for (int k = start; k < start + 5 && open; ++k) {
+          const int cx = x + k * referee::kDx[d], cy = y + k * referee::kDy[d];
+          open = b.inside(cx, cy) && b.at(cx, cy) != referee::other(a);
+          own += b.at(cx, cy) == a;
+        }
+        if (open && own >= 2) return true;
+      }
+    return false;
+  }
+
+  // `a` has just moved; the defender is to move.
+  bool answer(Stone a, int threats) {
+    const Stone d = referee::other(a);
+    if (!fours.fivePoints(d).empty()) return false;
+    const std::vector<Cell> ours = fours.fivePoints(a);
+    if (ours.size() >= 2) return true;
+    if (ours.size() == 1) {
+      const Cell c = ours[0];
+      if (!fours.legal(d, c.x, c.y)) return true;
+      fours.put(c.x, c.y, d);
+      const bool won = attack(a, threats);
+      fours.lift(c.x, c.y);
+      return won;
+    }
+    // Not a four: a three only if the defender's pass would lose to fours.
+    if (fours.win(a, kPlyBudget) < 0) return false;
+    // The defender may ignore a three while it wins by fours itself.
+    if (fours.win(d, kPlyBudget) >= 0) return false;
+    const std::vector<Cell> line = fours.winningLine(a);
+    // The defences on the winning line first: they are the likely refutations.
+    std::vector<Cell> defences = line;
+    for (int x = 0; x < board().height(); ++x)
+      for (int y = 0; y < board().width(); ++y)
+        if (std::find(line.begin(), line.end(), Cell{x, y}) == line.end()) defences.push_back({x, y});
+    // Without forbidden points a stone can change the line only where it
+    // takes one of its cells or lies on one of their lines within four steps
+    // (to shorten a five of the attacker's or lengthen a four of its own);
+    // elsewhere, unless it makes a five point of its own, the line still
+    // wins. Under Renju a forbidden point may turn on stones further away.
+    const int w = board().width();
+    std::vector<uint8_t> near(size_t(board().height()) * w, fours.rule == Rule::Renju);
+    for (const Cell& c : line)
+      for (int dir = 0; dir < referee::kDirections; ++dir)
+        for (int k = -4; k <= 4; ++k) {
+          const int x = c.x + k * referee::kDx[dir], y = c.y + k * referee::kDy[dir];
+          if (board().inside(x, y)) near[x * w + y] = 1;
+        }
+    for (const Cell& m : defences) {
+      if (board().at(m.x, m.y) != referee::kEmpty || (!near[m.x * w + m.y] && !mayMakeFour(d, m))) continue;
+      if (!fours.legal(d, m.x, m.y)) continue;
+      fours.put(m.x, m.y, d);
+      const bool lost = stillWins(a, line, m) || attack(a, threats);
+      fours.lift(m.x, m.y);
+      if (!lost) return false;
+    }
+    return true;
+  }
+
+  // Whether a stone of `s` on the empty `c` could make a five point: it
+  // needs three more stones of `s` within four steps on one line.
+  bool mayMakeFour(Stone s, Cell c) const {
+    for (int d = 0; d < referee::kDirections; ++d) {
+      int n = 0;
+      for (int k = -4; k <= 4; ++k)
+        n += k != 0 && fours.b.at(c.x + k * referee::kDx[d], c.y + k * referee::kDy[d]) == s;
+      if (n >= 3) return true;
+    }
+    return false;
+  }
+
+  // Whether the win by fours `line` of `a`, to move, still forces the five
+  // after the defender's stone on `m`: each four leaves one five point and
+  // the defender none of its own, and the last four leaves two or one black
+  // may not take. The defender's new five points can only be on the lines
+  // through its new stones, and the attacker's on those through its fours.
+  bool stillWins(Stone a, const std::vector<Cell>& line, Cell m) {
+    const Stone d = referee::other(a);
+    if (!fours.fivePointsThrough(m.x, m.y, d).empty()) return false;
+    std::vector<Cell> placed;
+    bool won = false;
+    for (size_t i = 0; i < line.size(); i += 2) {
+      const Cell f = line[i];
+      if (board().at(f.x, f.y) != referee::kEmpty || !fours.legal(a, f.x, f.y)) break;
+      fours.put(f.x, f.y, a);
+      placed.push_back(f);
+      const std::vector<Cell> fives = fours.fivePointsThrough(f.x, f.y, a);
+      if (fives.size() >= 2 || (fives.size() == 1 && !fours.legal(d, fives[0].x, fives[0].y))) {
+        won = true;
+        break;
+      }
+      if (fives.size() != 1) break;
+      fours.put(fives[0].x, fives[0].y, d);
+      placed.push_back(fives[0]);
+      if (!fours.fivePointsThrough(fives[0].x, fives[0].y, d).empty()) break;
+    }
+    for (auto c = placed.rbegin(); c != placed.rend(); ++c) fours.lift(c->x, c->y);
+    return won;
+  }
+
+  int64_t nodes_ = 0;
+  Cell killers_[kThreatBudget + 1] = {};
+  std::unordered_map<uint64_t, Memo> memo_;
+};
+
+// ---------------------------------------------------------------------------
+// The positions, written as referee_search.h describes.
+
+struct ThreatTactic {
+  const char* name;
+  int rule;  // the engine's rule code
+  int size;
+  const char* black;
+  const char* white;
+  // Sorted by row, then column. Wins: every first move that wins within the
+  // budget. Defences: every move after which the opponent has no such win.
+  const char* answer;
+  // The fewest threat moves before the win by fours: the side to move's for
+  // wins, the opponent's for defences.
+  int threats;
+  // Renju positions the forbidden points decide: the answer were black free
+  // to play them; nullptr elsewhere.
+  const char* freeAnswer = nullptr;
+};
+
+std::ostream& operator<<(std::ostream& out, const ThreatTactic& t) { return out << t.name; }
+
+// Found by a seeded generator (random games of moves next to the stones,
+// each position put to the brute force), and frozen. A win here has no win
+// by fours alone, and the opponent none that comes first; a defence is one
+// where the side to move wins neither by fours nor by threats, and most of
+// its moves lose.
+const ThreatTactic kWins[] = {
+    {"win1_white_freestyle_15_a", kFreestyle, 15,
+     "gkhghihjhkil", "hhhliiikjk",
+     "jj", 1},
+    {"win1_black_freestyle_15_a", kFreestyle, 15,
+     "dgdhhgigkhkj", "cieigfghhhjh",
+     "kg", 1},
+    {"win1_black_freestyle_15_b", kFreestyle, 15,
+     "cfdefeffgkhh", "dfeeeffjgihi",
+     "fc", 1},
+    {"win2_black_freestyle_15_a", kFreestyle, 15,
+     "ejfgfkghhh", "dgdkfifjgi",
+     "diehhiih", 2},
+    {"win2_white_freestyle_15_a", kFreestyle, 15,
+     "egejhihljgld", "eififkgijf",
+     "cifj", 2},
+    {"win3_white_freestyle_15_a", kFreestyle, 15,
+     "dgfehchgih", "gfghidif",
+     "gg", 3},
+    {"win3_white_freestyle_15_b", kFreestyle, 15,
+     "fegchahhlh", "hgibihjg",
+     "ig", 3},
+    {"win3_white_freestyle_15_c", kFreestyle, 15,
+     "ggieiiijkj", "fegfhhig",
+     "hgjf", 3},
+    {"win3_black_freestyle_15_a", kFreestyle, 15,
+     "eeghigjgle", "edgejfjhke",
+     "hgih", 3},
+    {"win3_black_freestyle_15_b", kFreestyle, 15,
+     "cjdhgggihfih", "bieifhifjflh",
+     "gf", 3},
+    {"win3_black_freestyle_15_c", kFreestyle, 15,
+     "hhigjekglfmi", "hfhghkiijflh",
+     "me", 3},
+    {"win3_black_freestyle_15_d", kFreestyle, 15,
+     "bmdlghgkglik", "blfjhiiijhjj",
+     "el", 3},
+    {"win2_black_freestyle_20_a", kFreestyle, 20,
+     "fmjikkklll", "hljjjnlpmk",
+     "ml", 2},
+    {"win3_black_freestyle_20_a", kFreestyle, 20,
+     "hiihjfkj", "iijejlki",
+     "hg", 3},
+    {"win3_white_freestyle_20_a", kFreestyle, 20,
+     "jjkjlkllmimn", "gjgmhlkklj",
+     "gkgl", 3},
+    {"win1_black_standard_15_a", kStandard, 15,
+     "giiiikjh", "fihiihij",
+     "hj", 1},
+    {"win1_white_standard_15_a", kStandard, 15,
+     "effdfiggig", "dfffgegi",
+     "eg", 1},
+    {"win1_black_standard_15_b", kStandard, 15,
+     "fhigiijkkl", "hhjljnlill",
+     "ij", 1},
+    {"win2_black_standard_15_a", kStandard, 15,
+     "ffgdgfhg", "fdgcgeif",
+     "fe", 2},
+    {"win2_black_standard_15_b", kStandard, 15,
+     "figggihg", "gfghigjh",
+     "hi", 2},
+    {"win2_white_standard_15_a", kStandard, 15,
+     "bkcidhgggh", "bicjeifj",
+     "el", 2},
+    {"win3_black_standard_15_a", kStandard, 15,
+     "hhhijgjh", "ghigjfkh",
+     "hj", 3},
+    {"win3_black_standard_15_b", kStandard, 15,
+     "ghgihhid", "ekemhiif",
+     "gg", 3},
+    {"win3_black_standard_15_c", kStandard, 15,
+     "ahceehfjgh", "agdffghghk",
+     "dh", 3},
+    {"win3_black_standard_15_d", kStandard, 15,
+     "ihjljmkhkj", "eighgihhjk",
+     "lk", 3},
+    {"win3_white_standard_15_a", kStandard, 15,
+     "fdhgjjkekflk", "gegfidihle",
+     "gghe", 3},
+    {"win3_white_standard_15_b", kStandard, 15,
+     "fegeghhkihmk", "gchfiikhki",
+     "jikg", 3},
+    {"win3_white_standard_15_c", kStandard, 15,
+     "ddfefggdhiihlfmfmi", "cdeehgjikgkkljnk",
+     "jg", 3},
+    {"win1_black_standard_20_a", kStandard, 20,
+     "ljlkmknkoj", "kkninjnlol",
+     "lmokpk", 1},
+    {"win1_white_renju_15_a", kRenju, 15,
+     "dgdjffgghf", "ehfgifjg",
+     "he", 1},
+    {"win1_white_renju_15_b", kRenju, 15,
+     "fjhhhiihij", "fhgjgkhj",
+     "gi", 1},
+    {"win1_black_renju_15_a", kRenju, 15,
+     "gfgghhicjbjekf", "hehgidifijjilf",
+     "ffghjcjd", 1, "ffgeghjcjd"},
+    {"win2_black_renju_15_a", kRenju, 15,
+     "giiijhji", "fihikjlk",
+     "hjjj", 2},
+    {"win2_white_renju_15_a", kRenju, 15,
+     "dffgghheigii", "eefhhfifih",
+     "gg", 2},
+    {"win2_black_renju_15_b", kRenju, 15,
+     "cdeegbhficifihjcjfmb", "ffgdggieigiikfldmcnd",
+     "gchc", 2},
+    {"win3_black_renju_15_a", kRenju, 15,
+     "ghjgkgki", "fgihkfli",
+     "ig", 3},
+    {"win3_black_renju_15_b", kRenju, 15,
+     "hhiiijjg", "ghifjhkg",
+     "jj", 3, "ihjj"},
+    {"win3_black_renju_15_c", kRenju, 15,
+     "gigkhghi", "dgehfggh",
+     "fi", 3, "fihh"},
+    {"win3_black_renju_15_d", kRenju, 15,
+     "ekfigihj", "cidjfjjk",
+     "hi", 3},
+    {"win3_white_renju_15_a", kRenju, 15,
+     "ghgjhjigjm", "fhfjhhhk",
+     "fi", 3, ""},
+    {"win3_white_renju_15_b", kRenju, 15,
+     "dhfifjghjikf", "ehfhgihiig",
+     "eg", 3, ""},
+    {"win3_white_renju_15_c", kRenju, 15,
+     "fgihijjlkjlhoh", "gfhiigjhmgnj",
+     "hf", 3},
+    {"win1_black_renju_20_a", kRenju, 20,
+     "hkjfkgkjmgog", "jklimfmhmlpi",
+     "hdiekhmi", 1, "hdiekhkilhmi"},
+    {"win2_black_renju_20_a", kRenju, 20,
+     "ijjgjijmkj", "jljnkoljlk",
+     "gjhkjjkhlg", 2},
+    {"win3_black_renju_20_a", kRenju, 20,
+     "hjjkkjkl", "gigjiklm",
+     "il", 3},
+    {"win3_white_renju_20_a", kRenju, 20,
+     "goihjlljlmnh", "hnijikjjlk",
+     "kk", 3, ""},
+};
+
+const ThreatTactic kDefences[] = {
+    {"defend1_white_freestyle_15_a", kFreestyle, 15,
+     "gfghhjihiiil", "ffgjhiigjg",
+     "hgjh", 1},
+    {"defend1_black_freestyle_15_a", kFreestyle, 15,
+     "egejhihljgld", "eififkgggijf",
+     "fhhjhk", 1},
+    {"defend1_white_freestyle_15_b", kFreestyle, 15,
+     "bhddegfhgghhhi", "afbfcggfhfik",
+     "ff", 1},
+    {"defend1_white_freestyle_15_c", kFreestyle, 15,
+     "hhidihjfjgjokgkjmdna", "imjhjikfklldlhmaob",
+     "ig", 1},
+    {"defend2_white_freestyle_15_a", kFreestyle, 15,
+     "hihjiiilki", "giijikjm",
+     "gkhk", 2},
+    {"defend2_white_freestyle_15_b", kFreestyle, 15,
+     "fhgdgfhhhi", "difiiiji",
+     "cieighhg", 2},
+    {"defend2_white_freestyle_15_c", kFreestyle, 15,
+     "ejfgfkfmghhh", "dgdkfifjgi",
+     "diehhiih", 2},
+    {"defend2_white_freestyle_20_a", kFreestyle, 20,
+     "ihijjkjlkk", "ilklkmln",
+     "jj", 2},
+    {"defend2_white_freestyle_20_b", kFreestyle, 20,
+     "hihkhnihjfkj", "iijejlkeki",
+     "heieleme", 2},
+    {"defend1_black_standard_15_a", kStandard, 15,
+     "eihhhijhkf", "fgflgigjhj",
+     "fhgkgl", 1},
+    {"defend1_black_standard_15_b", kStandard, 15,
+     "gihhiljgjh", "hiigihkikj",
+     "iiijji", 1},
+    {"defend1_white_standard_15_a", kStandard, 15,
+     "cgeeffgeiglg", "feggkhlenf",
+     "dffd", 1},
+    {"defend1_white_standard_15_b", kStandard, 15,
+     "fhgdifigjbjdjh", "hfhgibjakbkh",
+     "ie", 1},
+    {"defend1_white_standard_15_c", kStandard, 15,
+     "dmedeffdfigfggig", "aebddffffkgegi",
+     "eg", 1},
+    {"defend2_white_standard_15_a", kStandard, 15,
+     "fdggheigjg", "gbhchhkg",
+     "id", 2},
+    {"defend2_white_standard_15_b", kStandard, 15,
+     "gghgifihjd", "fhheigjj",
+     "gfghje", 2},
+    {"defend1_white_standard_20_a", kStandard, 20,
+     "klkmljlnmkoj", "jlkgkhlkmn",
+     "kikjllnj", 1},
+    {"defend1_white_standard_20_b", kStandard, 20,
+     "khljlkmknkoj", "kkninjnlol",
+     "lilmml", 1},
+    {"defend1_white_renju_15_a", kRenju, 15,
+     "ekemfigihj", "cidjfjjk",
+     "ej", 1},
+    {"defend1_black_renju_15_a", kRenju, 15,
+     "gehghhigjdkb", "gchfiejgjhle",
+     "jf", 1},
+    {"defend1_black_renju_15_b", kRenju, 15,
+     "egfegihhikjd", "dheigjhihjjf",
+     "fj", 1, "fjgk"},
+    {"defend2_white_renju_15_a", kRenju, 15,
+     "giiiikjhji", "fihikjlk",
+     "ij", 2, ""},
+    {"defend2_white_renju_15_b", kRenju, 15,
+     "hhieifjekg", "ggiaicjd",
+     "ke", 2},
+    {"defend2_black_renju_15_a", kRenju, 15,
+     "akcjdkfigg", "bedgdhegeh",
+     "biejelfm", 2},
+    {"defend2_white_renju_15_c", kRenju, 15,
+     "dihkigiiiojhjlkekn", "figohihjjokolkll",
+     "lj", 2},
+};
+
+// The brute force is single-threaded plain code: under the sanitizers a
+// sample of the positions is enough to run it there too, fewer of the
+// defences, each of which asks it about every move.
+std::vector<ThreatTactic> sample(const ThreatTactic* begin, const ThreatTactic* end, [[maybe_unused]] int stride) {
+  std::vector<ThreatTactic> kept;
+  for (const ThreatTactic* t = begin; t != end; ++t) {
+#ifdef ZORVA_THREAT_SANITIZED
+    if ((t - begin) % stride != 0) continue;
+#endif
+    kept.push_back(*t);
+  }
+  return kept;
+}
+
+std::string nameOf(const ::testing::TestParamInfo<ThreatTactic>& info) { return info.param.name; }
+
+enum class Question { Win, Defence };
+
+// The brute force's answer on the table's position: its five points and wins
+// by fours first, none of which may be there, then the side to move's own
+// win and the opponent's, then the moves that win or hold.
+void expectAnswer(const ThreatTactic& t, Question q) {
+  referee::Board board = tactics::refereeBoard(t.size, t.black, t.white);
+  ThreatVerifier v(board, refereeRule(t.rule));
+  const Stone x = board.toMove(), o = referee::other(x);
+  EXPECT_TRUE(v.fours.fivePoints(x).empty()) << "a five to complete would be the answer";
+  EXPECT_TRUE(v.fours.fivePoints(o).empty()) << "a five to stop would be";
+  EXPECT_EQ(v.fours.win(x, kPlyBudget), -1) << "fours alone win for the side to move";
+  EXPECT_EQ(v.fours.win(o, kPlyBudget), -1) << "the opponent wins by fours";
+  if (q == Question::Win) {
+    EXPECT_EQ(v.shortest(x), t.threats);
+  } else {
+    EXPECT_EQ(v.shortest(x), -1) << "the side to move wins by threats itself";
+    EXPECT_EQ(v.shortest(o), t.threats);
+  }
+  auto answer = [&](ThreatVerifier& by) {
+    return cellsText(q == Question::Win ? by.winningMoves(x) : by.holdingMoves(x));
+  };
+  EXPECT_EQ(answer(v), t.answer);
+  EXPECT_FALSE(v.exhausted()) << "the brute force ran out of nodes";
+  if (t.freeAnswer) {
+    ThreatVerifier noForbidden(board, Rule::Renju);
+    noForbidden.fours.ignoreForbidden(true);
+    EXPECT_EQ(answer(noForbidden), t.freeAnswer) << "the answer were black free to play forbidden points";
+    EXPECT_STRNE(t.freeAnswer, t.answer) << "the forbidden points do not decide this position";
+  }
+}
+
+using TacticsThreatWins = ::testing::TestWithParam<ThreatTactic>;
+using TacticsThreatDefences = ::testing::TestWithParam<ThreatTactic>;
+
+TEST_P(TacticsThreatWins, BruteForceOnTheRefereeRulesConfirmsTheAnswer) { expectAnswer(GetParam(), Question::Win); }
+
+TEST_P(TacticsThreatDefences, BruteForceOnTheRefereeRulesConfirmsTheAnswer) {
+  expectAnswer(GetParam(), Question::Defence);
+}
+
+INSTANTIATE_TEST_SUITE_P(Tactics, TacticsThreatWins, ::testing::ValuesIn(sample(std::begin(kWins), std::end(kWins), 8)),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(Tactics, TacticsThreatDefences,
+                         ::testing::ValuesIn(sample(std::begin(kDefences), std::end(kDefences), 16)), nameOf);
+
+// The engine at a game's pace, one thread and a second a move. It does not
+// search threes yet, so these stay off until it does; ZORVA_THREAT_TACTICS=1
+// runs them, listing every position solved or missed.
+bool engineChecksOn() {
+  const char* on = std::getenv("ZORVA_THREAT_TACTICS");
+  return on && std::string(on) == "1";
+}
+
+template <size_t N>
+void expectEngineAnswers(const ThreatTactic (&table)[N]) {
+  initZobrist();
+  const SavedSettings saved;
+  size_t solved = 0;
+  for (const ThreatTactic& t : table) {
+    const Move m = engineTurn(t.rule, t.size, t.black, t.white, {.threads = 1, .maxDepth = 100, .timeoutTurnMs = 1000});
+    const bool ok = inCells(t.answer, m);
+    solved += ok;
+    std::printf("  %-8s %-40s played %s, answers %s\n", ok ? "solved" : "MISSED", t.name, moveText(m).c_str(),
+                t.answer);
+    EXPECT_TRUE(ok) << t.name << ": played " << moveText(m) << ", answers " << t.answer;
+  }
+  std::printf("  the engine solves %zu of %zu\n", solved, N);
+}
+
+TEST(TacticsThreats, EngineFindsWinsNeedingThrees) {
+  if (!engineChecksOn()) GTEST_SKIP() << "until the engine searches threes; ZORVA_THREAT_TACTICS=1 runs it";
+  expectEngineAnswers(kWins);
+}
+
+TEST(TacticsThreats, EngineDefendsAgainstThreeSequences) {
+  if (!engineChecksOn()) GTEST_SKIP() << "until the engine searches threes; ZORVA_THREAT_TACTICS=1 runs it";
+  expectEngineAnswers(kDefences);
+}
+
+}  // namespace
+}  // namespace zorva
