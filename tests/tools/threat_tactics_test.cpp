@@ -40,6 +40,7 @@ using namespace tactics;
 // fours; the wins below need at most this many, and "no win" means none this
 // deep.
 constexpr int kThreatBudget = 3;
+constexpr int kLongWinThreats = 6;  // the engine's own wins are checked this far
 
 // ---------------------------------------------------------------------------
 // The brute force for wins by continuous threats. A threat is a four, or a
@@ -70,6 +71,14 @@ class ThreatVerifier {
   // Every first move of `a` (every empty cell is tried) that wins within the budget.
   std::vector<Cell> winningMoves(Stone a) {
     return movesWhere(a, [&] { return answer(a, kThreatBudget - 1); });
+  }
+
+  // Does `a`'s move at `c` win within `threats` further threat moves?
+  bool winsAfter(Stone a, Cell c, int threats) {
+    fours.put(c.x, c.y, a);
+    const bool won = answer(a, threats);
+    fours.lift(c.x, c.y);
+    return won;
   }
 
   // Every move of `x` after which the opponent has no win within the budget.
@@ -260,7 +269,7 @@ class ThreatVerifier {
   }
 
   int64_t nodes_ = 0;
-  Cell killers_[kThreatBudget + 1] = {};
+  Cell killers_[kLongWinThreats + 1] = {};
   std::unordered_map<uint64_t, Memo> memo_;
 };
 
@@ -572,22 +581,28 @@ INSTANTIATE_TEST_SUITE_P(Tactics, TacticsThreatWins, ::testing::ValuesIn(sample(
 INSTANTIATE_TEST_SUITE_P(Tactics, TacticsThreatDefences,
                          ::testing::ValuesIn(sample(std::begin(kDefences), std::end(kDefences), 16)), nameOf);
 
-// The engine at a game's pace, one thread and a second a move. It does not
-// search threes yet, so these stay off until it does; ZORVA_THREAT_TACTICS=1
-// runs them, listing every position solved or missed.
+// The engine at a game's pace, one thread and a second a move. Its threat
+// search counts only threes that threaten an open four, where these tables
+// count any move that threatens a win by fours; it solves 44 of the 46 wins
+// and 22 of the 25 defences, so the checks stay off until it solves them all.
+// ZORVA_THREAT_TACTICS=1 runs them, listing every position solved or missed.
 bool engineChecksOn() {
   const char* on = std::getenv("ZORVA_THREAT_TACTICS");
   return on && std::string(on) == "1";
 }
 
 template <size_t N>
-void expectEngineAnswers(const ThreatTactic (&table)[N]) {
+void expectEngineAnswers(const ThreatTactic (&table)[N], Question q) {
   initZobrist();
   const SavedSettings saved;
   size_t solved = 0;
   for (const ThreatTactic& t : table) {
     const Move m = engineTurn(t.rule, t.size, t.black, t.white, {.threads = 1, .maxDepth = 100, .timeoutTurnMs = 1000});
-    const bool ok = inCells(t.answer, m);
+    // A win the brute force's budget is too short to list is a win all the same.
+    referee::Board board = tactics::refereeBoard(t.size, t.black, t.white);
+    ThreatVerifier v(board, refereeRule(t.rule));
+    const bool ok = inCells(t.answer, m) ||
+                    (q == Question::Win && v.winsAfter(board.toMove(), {rowOf(m), colOf(m)}, kLongWinThreats));
     solved += ok;
     std::printf("  %-8s %-40s played %s, answers %s\n", ok ? "solved" : "MISSED", t.name, moveText(m).c_str(),
                 t.answer);
@@ -597,13 +612,13 @@ void expectEngineAnswers(const ThreatTactic (&table)[N]) {
 }
 
 TEST(TacticsThreats, EngineFindsWinsNeedingThrees) {
-  if (!engineChecksOn()) GTEST_SKIP() << "until the engine searches threes; ZORVA_THREAT_TACTICS=1 runs it";
-  expectEngineAnswers(kWins);
+  if (!engineChecksOn()) GTEST_SKIP() << "until the engine solves every position; ZORVA_THREAT_TACTICS=1 runs it";
+  expectEngineAnswers(kWins, Question::Win);
 }
 
 TEST(TacticsThreats, EngineDefendsAgainstThreeSequences) {
-  if (!engineChecksOn()) GTEST_SKIP() << "until the engine searches threes; ZORVA_THREAT_TACTICS=1 runs it";
-  expectEngineAnswers(kDefences);
+  if (!engineChecksOn()) GTEST_SKIP() << "until the engine solves every position; ZORVA_THREAT_TACTICS=1 runs it";
+  expectEngineAnswers(kDefences, Question::Defence);
 }
 
 }  // namespace
