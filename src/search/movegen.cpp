@@ -44,10 +44,19 @@ int32_t orderingScore(const Searcher& s, const Board& b, Move m, Colour side, in
   return own - theirs / 2 + std::min(s.history[ply][m], kHistoryWeightCap);
 }
 
+// Two lines of at least a closed three through the cell: the stone there
+// prepares a double four or a four-three, a threat no single code shows.
+bool doubleClosedThree(uint32_t word) {
+  int lines = 0;
+  for (int d = 0; d < kDirections; ++d) lines += (word >> (4 * d) & 15) >= kCodeClosedThree;
+  return lines >= 2;
+}
+
 int32_t stageScore(const Board& b, Move m, Colour side, const Killer* killers) {
   if (b.threat(side, kFourClass).contains(m)) return kFourStageScore;
   if (b.threat(side, kThreeClass).contains(m) || b.threat(opponent(side), kThreeClass).contains(m))
     return kThreeStageScore;
+  if (doubleClosedThree(b.info[m].patternWord[colourIndex(side)])) return kThreeStageScore;
   if (killers)
     for (int i = 0; i < 2; ++i)
       if (killers[i].move == m && killers[i].count == (b.info[m].patternWord[colourIndex(side)] & 0xFFFF))

@@ -8,7 +8,7 @@ namespace zorva {
 // Stage bonuses: the threat-driven stages come first, in this order, and
 // each stage is ordered within by the value of the cell.
 constexpr int32_t kFourStageScore = 1 << 28;    // our four-making points
-constexpr int32_t kThreeStageScore = 1 << 27;   // three points of either side
+constexpr int32_t kThreeStageScore = 1 << 27;   // three points of either side, our double closed threes
 constexpr int32_t kKillerScore = 1 << 26;
 constexpr int32_t kTableMoveScore = 1 << 29;    // root only: the table's moves lead
 
