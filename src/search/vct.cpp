@@ -164,10 +164,11 @@ int defenderNode(VctRun& run, Colour attacker, int threes) {
 }  // namespace
 
 int vctPlies(Searcher& s, Colour side, int nodeBudget, int maxThrees, Move* firstMove, bool* zone) {
-  // A search that ran out of nodes is not repeated with the same budget:
-  // each deepening asks the same nodes again.
+  // A search that ran out of nodes is not repeated with the same budget and
+  // threes: each deepening asks the same nodes again.
   const Board& b = s.board;
-  const uint64_t key = b.hash ^ (side == WHITE ? kWhiteAttacks : 0) ^ kRuleKeys[b.rule] ^ kRunKey;
+  const uint64_t key =
+      b.hash ^ (side == WHITE ? kWhiteAttacks : 0) ^ kRuleKeys[b.rule] ^ (kRunKey * uint64_t(maxThrees + 1));
   VcfCacheEntry& slot = cacheSlot(s, key);
   if (!firstMove && slot.key == key && slot.plies < 0 && nodeBudget <= slot.budget * kRunBudgetUnit) return -1;
   VctRun run{s, s.nodes + nodeBudget, zone};
