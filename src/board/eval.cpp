@@ -16,7 +16,6 @@ constexpr int kOpponentThreats = 100;   // the opponent's threes and fours still
 constexpr int kOpenFourRoom = 50;
 constexpr int kOpenFourCrowd = 20;
 constexpr int kDoubleThreat = 200;
-constexpr int kSideToMove = 50;
 
 int roomSum(const Board& b, Move m, Colour c) { return b.info[m].roomSum[colourIndex(c)]; }
 
@@ -73,6 +72,14 @@ uint32_t winningDirections(const Board& b, Colour c) {
 
 }  // namespace
 
+int threatPointScore(const Board& b, Colour c) {
+  const Colour o = opponent(c);
+  return kThreatPointWeights[0] * b.threat(c, kFourClass).count() +
+         kThreatPointWeights[1] * b.threat(c, kThreeClass).count() +
+         kThreatPointWeights[2] * b.threat(o, kFourClass).count() +
+         kThreatPointWeights[3] * b.threat(o, kThreeClass).count();
+}
+
 int evaluate(Board& b, Colour c, Move* scratch) {
   const Colour o = opponent(c);
   int score = b.total(c) - b.total(o);
@@ -94,6 +101,7 @@ int evaluate(Board& b, Colour c, Move* scratch) {
 
   if (std::popcount(winningDirections(b, o)) >= 2) score -= kDoubleThreat;
   if (std::popcount(winningDirections(b, c)) >= 2) score += kDoubleThreat;
+  score += threatPointScore(b, c);
   return score + kSideToMove;
 }
 

@@ -62,6 +62,12 @@ struct ThreatSet {
     return n;
   }
 
+  int count() const {
+    int n = 0;
+    for (uint32_t rows = summary; rows; rows &= rows - 1) n += std::popcount(rowMask[std::countr_zero(rows)]);
+    return n;
+  }
+
   bool operator==(const ThreatSet&) const = default;
 };
 

@@ -39,8 +39,8 @@ void defenceRows(Board& b, Colour side, uint32_t* rows) {
 // that build our shapes lead; the three stage brings the urgent blocks forward.
 int32_t orderingScore(const Searcher& s, const Board& b, Move m, Colour side, int ply) {
   const CellInfo& info = b.info[m];
-  const int32_t own = patternValue[info.patternWord[colourIndex(side)] & 0xFFFF];
-  const int32_t theirs = patternValue[info.patternWord[colourIndex(opponent(side))] & 0xFFFF];
+  const int32_t own = moveValue[info.patternWord[colourIndex(side)] & 0xFFFF];
+  const int32_t theirs = moveValue[info.patternWord[colourIndex(opponent(side))] & 0xFFFF];
   return own - theirs / 2 + std::min(s.history[ply][m], kHistoryWeightCap);
 }
 

@@ -140,7 +140,7 @@ int childExtension(Node& n, Move m) {
   if (n.ply == 0) return 0;  // the root's moves are searched alike
   Board& b = n.s->board;
   const uint32_t word = b.info[m].patternWord[colourIndex(n.side)] & 0xFFFF;
-  const int pv = patternValue[word];
+  const int pv = moveValue[word];
   if (pv >= kReduceFrom) return n.extension + reduction(n, m, word, pv);
   if (n.nullWindow || pv < kThreatFrom || n.depth < -(3 * engine.think.currentDepth) / 2) return n.extension;
   b.placeStone<Update::Light>(m, n.side);

@@ -45,7 +45,7 @@ int threatMoves(Board& b, Colour side, ScoredMove* out) {
     if (renjuBlack(b, side) && isForbidden(b, m)) return true;
     for (int i = 0; i < n; ++i)
       if (out[i].move == m) return true;
-    out[n++] = {patternValue[b.info[m].patternWord[colourIndex(side)] & 0xFFFF], m};
+    out[n++] = {moveValue[b.info[m].patternWord[colourIndex(side)] & 0xFFFF], m};
     return true;
   };
   b.threat(side, kFourClass).forEach(add);
