@@ -6,12 +6,12 @@
 namespace zorva {
 
 // Added to every score: the side to move is a tempo ahead.
-constexpr int kSideToMove = 50;
+constexpr int kSideToMove = 32;
 
 // Weights of the four and three points of the side to move, then of the
 // opponent's, fitted to self-play results: the side to move makes its
 // threats first, so its points count for more beyond the cell values.
-constexpr int kThreatPointWeights[4] = {0, 0, 0, 0};
+constexpr int kThreatPointWeights[4] = {24, 17, -20, 5};
 int threatPointScore(const Board& board, Colour colour);
 
 // Score for `colour` (BLACK or WHITE). `scratch` is the caller's list for

@@ -22,7 +22,7 @@ int16_t learningTable[kLearningEntries];
 // a faster threat, a double three nearly so; a lone threat gains a little
 // from every two beside it, the material of a later double.
 const int kMoveWeights[kShapeTerms] = {0, 2, 4, 6, 8, 9, 11, 40, 48, 50, 56, 150, 400, 0, 0, 0, 100, 60, 4};
-const int kEvalWeights[kShapeTerms] = {0, 2, 4, 6, 8, 9, 11, 40, 48, 50, 56, 150, 400, 0, 0, 0, 100, 60, 4};
+const int kEvalWeights[kShapeTerms] = {0, 1, 3, 3, 3, 13, 17, 17, 17, 70, 70, 160, 400, 0, 0, 0, 119, 36, 25};
 
 ShapeTerms shapeTerms(uint32_t word) {
   ShapeTerms t{};
