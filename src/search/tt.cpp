@@ -19,6 +19,7 @@ namespace {
 constexpr int kIdlePriority = 19;
 constexpr int kStaleAge = 2;  // entries this many stones old are replaced first
 constexpr uint16_t kNoThirdMove = 65535;
+constexpr uint64_t kUsageSampleBuckets = 1 << 12;  // per side: 512 KiB of entries, 32768 of them
 
 uint64_t load(const uint64_t* word) { return std::atomic_ref<uint64_t>(*const_cast<uint64_t*>(word)).load(std::memory_order_relaxed); }
 void save(uint64_t* word, uint64_t value) { std::atomic_ref<uint64_t>(*word).store(value, std::memory_order_relaxed); }
@@ -289,18 +290,23 @@ void TranspositionTable::store(uint64_t key, int stones, int depth, int32_t valu
   write(entryWords(key, side, victim), key, e);
 }
 
+// Buckets are chosen by the low bits of uniform keys, so the first buckets
+// of each side's table stand for the whole of it; reading no more of them
+// keeps the command quick on a table of gigabytes.
 TableUsage TranspositionTable::usageAt(int stones) const {
   std::lock_guard lock(layout_);
   if (!words_) return {};
-  const uint64_t entries = buckets_ * 2 * kBucketEntries;
+  const uint64_t sampled = std::min<uint64_t>(buckets_, kUsageSampleBuckets) * kBucketEntries;
   uint64_t used = 0, current = 0;
-  for (uint64_t i = 0; i < entries; ++i) {
-    const uint64_t info = load(words_ + i * kWordsPerEntry + 2);
-    const bool filled = uint8_t(info >> 32) != kBoundNone;
-    used += filled;
-    current += filled && int(uint16_t(info >> 16)) >= stones;
-  }
-  return {double(used) / double(entries), double(current) / double(entries)};
+  for (int side = 0; side < 2; ++side)
+    for (uint64_t i = 0; i < sampled; ++i) {
+      const uint64_t entry = uint64_t(side) * buckets_ * kBucketEntries + i;
+      const uint64_t info = load(words_ + entry * kWordsPerEntry + 2);
+      const bool filled = uint8_t(info >> 32) != kBoundNone;
+      used += filled;
+      current += filled && int(uint16_t(info >> 16)) >= stones;
+    }
+  return {double(used) / double(2 * sampled), double(current) / double(2 * sampled)};
 }
 
 }  // namespace zorva

@@ -37,7 +37,8 @@ enum class TableFile {
   kNoMemory,
 };
 
-// Fractions of all entries of both tables.
+// Fractions of the entries of both tables (of the first 2^12 buckets of
+// each, on larger tables).
 struct TableUsage {
   double filled = 0.0;   // non-empty
   double current = 0.0;  // written or found with at least the given number of stones
@@ -92,7 +93,7 @@ class TranspositionTable {
   void store(uint64_t key, int stones, int depth, int32_t value, Bound bound, int side, Move move1 = kNoMove,
              Move move2 = kNoMove, Move move3 = kNoMove);
 
-  // Fraction of non-empty entries over both tables.
+  // Fraction of non-empty entries over both tables (sampled on large ones).
   double usage() const { return usageAt(0).filled; }
   TableUsage usageAt(int stones) const;
 
