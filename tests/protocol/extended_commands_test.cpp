@@ -139,12 +139,11 @@ TEST(TranscriptExtended, RealtimeBestLine) {
   for (size_t i = 0; i + 2 < lines.size(); ++i)
     if (lines[i].rfind("MESSAGE REALTIME BEST ", 0) == 0) {
       const std::string best = lines[i].substr(22);
-      EXPECT_EQ(lines[i + 2].rfind("MESSAGE REALTIME PV " + best + " ", 0), 0u) << lines[i + 2];
+      EXPECT_EQ((lines[i + 2] + " ").rfind("MESSAGE REALTIME PV " + best + " ", 0), 0u) << lines[i + 2];
       ++lineCount;
     }
   EXPECT_GT(lineCount, 0);
-  EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const std::string& l) { return l == "MESSAGE Block"; }),
-            0)
+  EXPECT_TRUE(std::none_of(lines.begin(), lines.end(), [](const std::string& l) { return l.rfind("MESSAGE Block", 0) == 0; }))
       << "no block line without blocked cells";
 }
 
