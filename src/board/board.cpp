@@ -354,9 +354,12 @@ TakeBackResult Board::takeBack(int row, int col) {
   return TakeBackResult::Done;
 }
 
+// Cells declared unusable leave the hash alone, so the marks are compared too.
 void copyBoard(const Board& from, Board& to) {
+  const bool sameMarks = (from.markedCount == 0 && to.markedCount == 0) ||
+                         std::memcmp(from.wallMask, to.wallMask, sizeof from.wallMask) == 0;
   if (from.hash != 0 && from.hash == to.hash && from.width == to.width && from.height == to.height &&
-      from.rule == to.rule)
+      from.rule == to.rule && sameMarks)
     return;
   to = from;
 }

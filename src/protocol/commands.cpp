@@ -3,9 +3,12 @@
 #include <cctype>
 #include <cstdint>
 
+#include "protocol/block_commands.h"
+#include "protocol/cell_body.h"
 #include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
 #include "protocol/game.h"
+#include "protocol/hash_commands.h"
 #include "protocol/line_reader.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
@@ -13,8 +16,16 @@
 #include "protocol/scan.h"
 #include "protocol/settings.h"
 #include "protocol/think_thread.h"
+#include "search/searcher.h"
+#include "search/tt.h"
 
 namespace zorva {
+
+// The think thread reads the game while it thinks: stop it before any change.
+void stopForChange() {
+  if (engine.settings.pondering) engine.ponderActive = 0;
+  stopThinking();
+}
 
 namespace {
 
@@ -25,12 +36,6 @@ constexpr int kGoOn = 0;
 constexpr int kWhoOwn = 1, kWhoOpponent = 2, kWhoBlock = 3;
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; }
-
-// The think thread reads the game while it thinks: stop it before any change.
-void stopForChange() {
-  if (engine.settings.pondering) engine.ponderActive = 0;
-  stopThinking();
-}
 
 // Every command that changes the position or starts a search begins here.
 void preamble() {
@@ -194,9 +199,18 @@ int cmdResign(const char*) {
 
 int cmdPass(const char*) { return kGoOn; }
 
+int cmdShowInfo(const char*) {
+  sendLine(reply::kInfoMaxThreads, kMaxSearchers);
+  sendLine(reply::kInfoMaxHashSize, TranspositionTable::kMaxSizeExponent);
+  return kGoOn;
+}
+
+enum Body : bool { kOneLine = false, kCellLines = true };
+
 struct Command {
   const char* keyword;
   int (*run)(const char* args);  // null: known keyword whose command is not available
+  Body body = kOneLine;          // what an unavailable command must still read
 };
 
 // Tested in this order, first match wins: a keyword must come before every
@@ -214,23 +228,23 @@ constexpr Command kCommands[] = {
     {"board", cmdBoard},
     {"zvboard", cmdSetUpBoard},
     {"zvstop", cmdStop},
-    {"zvblockpathreset", nullptr},
-    {"zvblockpathundo", nullptr},
-    {"zvblockpath", nullptr},
-    {"zvblockreset", nullptr},
-    {"zvblockundo", nullptr},
-    {"zvblock", nullptr},
-    {"zvforbid add", nullptr},
-    {"zvforbid del", nullptr},
-    {"zvprintfeaturebatch", nullptr},
+    {"zvblockpathreset", cmdBlockPathReset},
+    {"zvblockpathundo", cmdBlockPathUndo},
+    {"zvblockpath", cmdBlockPath},
+    {"zvblockreset", cmdBlockReset},
+    {"zvblockundo", cmdBlockUndo},
+    {"zvblock", cmdBlock},
+    {"zvforbid add", cmdForbidAdd},
+    {"zvforbid del", cmdForbidDel},
+    {"zvprintfeaturebatch", cmdIgnored},
     {"zvprintfeature", cmdPrintFeature},
     {"takeback", cmdTakeBack},
     {"zvshowforbid", cmdShowForbid},
-    {"zvshowinfo", nullptr},
-    {"zvshowhashusage", nullptr},
-    {"zvhashclear", nullptr},
-    {"zvhashdump", nullptr},
-    {"zvhashload", nullptr},
+    {"zvshowinfo", cmdShowInfo},
+    {"zvshowhashusage", cmdShowHashUsage},
+    {"zvhashclear", cmdHashClear},
+    {"zvhashdump", cmdHashDump},
+    {"zvhashload", cmdHashLoad},
     {"zvbalancetwo", nullptr},
     {"zvbalanceone", nullptr},
     {"zvnbest", nullptr},
@@ -241,11 +255,11 @@ constexpr Command kCommands[] = {
     {"zvswap2step2", nullptr},
     {"zvswap2step3", nullptr},
     {"zvsoosorvstep1", nullptr},
-    {"zvsoosorvstep2", nullptr},
-    {"zvsoosorvstep3", nullptr},
-    {"zvsoosorvstep4", nullptr},
-    {"zvsoosorvstep5", nullptr},
-    {"zvsoosorvstep6", nullptr},
+    {"zvsoosorvstep2", nullptr, kCellLines},
+    {"zvsoosorvstep3", nullptr, kCellLines},
+    {"zvsoosorvstep4", nullptr, kCellLines},
+    {"zvsoosorvstep5", nullptr, kCellLines},
+    {"zvsoosorvstep6", nullptr, kCellLines},
     {"zvdraw", cmdDraw},
     {"zvresign", cmdResign},
     {"zvpass", cmdPass},
@@ -274,8 +288,9 @@ const char* matchCommand(const char* keyword, const char* line) {
 int handleCommand() {
   for (const Command& command : kCommands)
     if (const char* args = matchCommand(command.keyword, engine.inputLine)) {
-      if (!command.run) break;
-      return command.run(args);
+      if (command.run) return command.run(args);
+      if (command.body == kCellLines) skipCellBody();
+      break;
     }
   sendLine(reply::kUnknownCommand);
   return kGoOn;

@@ -9,6 +9,10 @@ namespace zorva {
 // begin with `keyword`.
 const char* matchCommand(const char* keyword, const char* line);
 
+// Stops the think thread (a ponder too) and waits until it is idle, before
+// a change that the search must not see happen under it.
+void stopForChange();
+
 // Runs the command in engine.inputLine; returns 1 for END, otherwise 0.
 int handleCommand();
 

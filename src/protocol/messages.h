@@ -42,6 +42,30 @@ inline constexpr char kLearningShort[] =
 inline constexpr char kTerminalHint[] =
     "Zorva speaks the engine protocol on standard input: try START 15, then TURN 7,7 (END quits).\n";
 
+// Lines of the extended commands.
+inline constexpr char kInfoMaxThreads[] = "MESSAGE INFO MAX_THREAD_NUM %d";
+inline constexpr char kInfoMaxHashSize[] = "MESSAGE INFO MAX_HASH_SIZE %d";
+inline constexpr char kHashUsage[] = "MESSAGE Hash usage: %f / %f";
+inline constexpr char kErrorTooManyBlockPaths[] = "ERROR too many block paths";
+inline constexpr char kErrorCellLine[] = "ERROR x,y or DONE expected";
+inline constexpr char kErrorCellRange[] = "ERROR cell [%d,%d] outside 0..21";
+inline constexpr char kHashNotWritten[] = "MESSAGE Hash table could not be written to %s";
+inline constexpr char kHashNothingToWrite[] = "MESSAGE Hash table is empty: no game has started; %s not written";
+inline constexpr char kHashFileRefused[] = "MESSAGE Hash file %s refused: %s; the table is unchanged";
+inline constexpr char kRefusedNoTable[] = "no game has started";
+inline constexpr char kRefusedNotAHashFile[] = "not a hash dump";
+inline constexpr char kRefusedVersion[] = "written by another version";
+inline constexpr char kRefusedRule[] = "written under another rule";
+inline constexpr char kRefusedSize[] = "written for another hash_size";
+inline constexpr char kRefusedKeys[] = "written by another run of the engine";
+inline constexpr char kRefusedTruncated[] = "truncated";
+inline constexpr char kRefusedDamaged[] = "damaged (checksum)";
+inline constexpr char kRefusedMemory[] = "no memory to read it into";
+
+// Progress lines of the search.
+inline constexpr char kRealtimePv[] = "MESSAGE REALTIME PV";
+inline constexpr char kRealtimePvCell[] = " %d,%d";
+
 inline constexpr char kForbidHead[] = "FORBID ";
 inline constexpr char kForbidCell[] = "%02d%02d";
 inline constexpr char kForbidEnd[] = ".";

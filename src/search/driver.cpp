@@ -127,6 +127,10 @@ Deepening clockedDeepening(SearchBackend& backend, const Board& board, bool quie
   return run;
 }
 
+// The threat search that finds a quick win knows nothing of the cells the
+// user took away.
+Move choosable(const Board& board, Move m) { return mayChoose(board, engine.blockTable, m) ? m : kNoMove; }
+
 void resetCounters(ThinkState& t) {
   t.stableCount = 0;
   t.valueUnstable = 0;
@@ -211,9 +215,9 @@ Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
   resetCounters(t);
 
   // A win proven last turn is played out without a search.
-  const Move provenWin =
-      board.stoneCount() > 0 && t.builtRule != -1 && t.finalValue - t.currentDepth >= kWin ? backend.quickWinMove(side)
-                                                                                           : kNoMove;
+  const Move provenWin = board.stoneCount() > 0 && t.builtRule != -1 && t.finalValue - t.currentDepth >= kWin
+                             ? choosable(board, backend.quickWinMove(side))
+                             : kNoMove;
   if (board.stoneCount() == 0) {
     t.bestMove = emptyBoardMove(board, engine.blockTable);
     t.elapsedMs = 0;
@@ -225,12 +229,12 @@ Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
     t.currentDepth = run.lastDone;
     t.finalValue = run.lastValue;
     if (t.finalValue - t.currentDepth >= kWin) {
-      const Move win = backend.quickWinMove(side);
+      const Move win = choosable(board, backend.quickWinMove(side));
       if (win != kNoMove) t.bestMove = win;
     }
     updateDrawAcceptance(t.finalValue, side, t.singleReply, board);
     // A turn cut short before any depth finished still has to move.
-    if (t.bestMove == kNoMove || board.at(t.bestMove) != EMPTY) t.bestMove = emptyBoardMove(board, engine.blockTable);
+    if (!mayChoose(board, engine.blockTable, t.bestMove)) t.bestMove = emptyBoardMove(board, engine.blockTable);
   }
   if (!quiet) report(s, t, board);
   return t.bestMove;

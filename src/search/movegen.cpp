@@ -75,9 +75,12 @@ bool leadsIntoBlockPath(const Board& b, Move m, Colour side) {
   return paths.contains(key);
 }
 
+bool declaredUnusable(const Board& b, Move m, Colour side) { return b.markedCount != 0 && b.isMarked(m, side); }
+
 bool playable(Board& b, Move m, Colour side) {
   return m >= 0 && m < kCellSlots && b.inside(rowOf(m), colOf(m)) && b.at(m) == EMPTY &&
-         !(b.rule == kRenju && side == BLACK && isForbidden(b, m)) && !leadsIntoBlockPath(b, m, side);
+         !declaredUnusable(b, m, side) && !(b.rule == kRenju && side == BLACK && isForbidden(b, m)) &&
+         !leadsIntoBlockPath(b, m, side);
 }
 
 bool hasPlayableOpenFour(Board& b, Colour side) {
@@ -103,6 +106,7 @@ int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
       if (!candidate || b.at(m) != EMPTY) continue;
       if (request.blockTable && request.blockTable[m]) continue;
       if (std::find(request.skip, request.skip + request.skipCount, m) != request.skip + request.skipCount) continue;
+      if (declaredUnusable(b, m, side)) continue;
       if (b.rule == kRenju && side == BLACK && isForbidden(b, m)) continue;
       if (leadsIntoBlockPath(b, m, side)) continue;
       out[count++] = {stageScore(b, m, side, request.killers) + orderingScore(s, b, m, side, request.ply), m};

@@ -25,7 +25,8 @@ struct MoveRequest {
 // ordering scores; returns how many. Most nodes cut off after a move or two,
 // so the caller picks the best one at a time rather than sorting them all.
 // Against an open three only the defences and our own fours are generated;
-// Renju black never gets a forbidden cell, and no move leads into a blocked path.
+// Renju black never gets a forbidden cell, no side a cell declared unusable
+// for it, and no move leads into a blocked path.
 int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out);
 
 // Brings the best of moves[from, count) to `from`: the first of equal scores.
@@ -39,9 +40,13 @@ void sortMoves(ScoredMove* moves, int count);
 // none would be left. Returns the new count; the order is kept.
 int keepThreatDefences(Searcher& s, Colour side, ScoredMove* moves, int count, int nodeBudget, int maxThrees);
 
-// True when `side` may play `m`: a free cell of the board, not forbidden for
-// Renju black, not leading into a blocked path.
+// True when `side` may play `m`: a free cell of the board, not declared
+// unusable for the side, not forbidden for Renju black, not leading into a
+// blocked path.
 bool playable(Board& b, Move m, Colour side);
+
+// True when the user declared `m` a cell `side` may not use (zvforbid for black).
+bool declaredUnusable(const Board& b, Move m, Colour side);
 
 // True when `side` has an open-four point it may play (under Renju black
 // may not play a forbidden one).

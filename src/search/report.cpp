@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 
+#include "protocol/messages.h"
 #include "protocol/output.h"
 #include "search/tt.h"
 
@@ -67,6 +68,15 @@ void reportTurn(const TurnSummary& s, const Line& bestLine, int boardHeight) {
   const int shownMoves = std::min(bestLine.length, std::max(s.depth, 0));
   for (int i = 0; i < shownMoves; ++i) appendCell(text, bestLine.moves[i], boardHeight, s.showDetail);
   sendLine("MESSAGE %s", text.c_str());
+}
+
+// Printed from inside the search, so built in a fixed buffer.
+void reportRealtimeLine(const Move* moves, int length) {
+  char text[sizeof reply::kRealtimePv + 8 * kMaxLine];
+  int n = std::snprintf(text, sizeof text, "%s", reply::kRealtimePv);
+  for (int i = 0; i < length && i < kMaxLine; ++i)
+    n += std::snprintf(text + n, sizeof text - n, reply::kRealtimePvCell, rowOf(moves[i]), colOf(moves[i]));
+  sendLine("%s", text);
 }
 
 void reportBlockedCells(const int32_t* blockTable, int boardWidth, int boardHeight) {

@@ -32,6 +32,9 @@ const char* valueLabel(int32_t displayed);
 void reportDepth(int depth, int minRemainingDepth, int32_t value, int64_t elapsedMs, int64_t nodes, Move best,
                  int boardHeight, bool aborted);
 void reportTurn(const TurnSummary& summary, const Line& bestLine, int boardHeight);
+// The root's best line each time it changes during a depth: row and column
+// from 0, as in the other REALTIME lines.
+void reportRealtimeLine(const Move* moves, int length);
 // Reminds the user which cells the engine was not allowed to choose.
 void reportBlockedCells(const int32_t* blockTable, int boardWidth, int boardHeight);
 

@@ -10,6 +10,7 @@
 #include "protocol/output.h"
 #include "search/movegen.h"
 #include "search/node.h"
+#include "search/report.h"
 #include "search/search.h"
 #include "search/searcher.h"
 #include "search/tt.h"
@@ -25,6 +26,9 @@ constexpr int kRootVctNodes = 20000;
 constexpr int kRootVctThrees = 8;
 constexpr int32_t kBigDrop = 968;  // a fall this large is a refutation, not noise
 constexpr int32_t kDropFloor = 30;
+
+// A cell the engine may choose: playable (so on the board) and not blocked by the front end.
+bool usable(Board& b, Move m, Colour side) { return playable(b, m, side) && !engine.blockTable[m]; }
 
 // Tested between root moves against the last depth's value: flag A marks a
 // collapse, flag B a fall by a quarter of the value; either gives the turn
@@ -52,7 +56,7 @@ int addDatabaseMoves(Searcher& s, Colour side, ScoredMove* moves, int count) {
   for (int row = 0; row < b.height; ++row)
     for (int col = 0; col < b.width; ++col) {
       const Move m = makeMove(row, col);
-      if (listed[m] || engine.blockTable[m] || !playable(b, m, side)) continue;
+      if (listed[m] || !usable(b, m, side)) continue;
       line[b.moveCount] = m;
       const db::Position position{b.rule, b.height, b.width, std::span<const int32_t>(line, size_t(b.moveCount + 1))};
       if (engine.database.probe(position)) moves[count++] = {kTableMoveScore, m};
@@ -60,42 +64,40 @@ int addDatabaseMoves(Searcher& s, Colour side, ScoredMove* moves, int count) {
   return count;
 }
 
-// The first open-four point the engine may choose for `side`, or kNoMove.
-Move playableOpenFour(Board& b, Colour side) {
+// The first cell of a threat set the engine may choose for `side`, or kNoMove.
+Move firstUsable(Board& b, ThreatClass c, Colour side) {
   Move found = kNoMove;
-  b.threat(side, kOpenFourClass).forEach([&](Move m) {
-    if (engine.blockTable[m] || !playable(b, m, side)) return true;
+  b.threat(side, c).forEach([&](Move m) {
+    if (!usable(b, m, side)) return true;
     found = m;
     return false;
   });
   return found;
 }
 
-// The root's moves: our five, else the block of theirs (a block black may
-// not play loses anyway, so then any move is as good), else our open four,
-// the fastest sure win; else the previous best, the table's moves and the
-// generated ones.
+// The root's moves: our five, else the block of theirs (a block the engine
+// may not play loses anyway, so then any move is as good), else our open
+// four, the fastest sure win; else the previous best, the table's moves and
+// the generated ones. Cells the engine may not choose are never forced.
 int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
   Board& b = s.board;
   ThinkState& t = engine.think;
   Move forced = kNoMove;
-  if (b.threat(side, kFiveClass).firstOf(&forced) ||
-      (b.threat(opponent(side), kFiveClass).firstOf(&forced) &&
-       !(b.rule == kRenju && side == BLACK && isForbidden(b, forced))) ||
-      (b.threat(opponent(side), kFiveClass).empty() && (forced = playableOpenFour(b, side)) != kNoMove)) {
+  if ((forced = firstUsable(b, kFiveClass, side)) != kNoMove ||
+      (b.threat(opponent(side), kFiveClass).firstOf(&forced) && usable(b, forced, side)) ||
+      (b.threat(opponent(side), kFiveClass).empty() && (forced = firstUsable(b, kOpenFourClass, side)) != kNoMove)) {
     moves[0] = {0, forced};
     return 1;
   }
-  auto usable = [&](Move m) { return playable(b, m, side) && !engine.blockTable[m]; };
   Move first[kTableMoves + 1];
   int firstCount = 0;
-  if (t.bestMove != kNoMove && usable(t.bestMove)) first[firstCount++] = t.bestMove;
+  if (t.bestMove != kNoMove && usable(b, t.bestMove, side)) first[firstCount++] = t.bestMove;
   Move stored[kTableMoves];
   int found = 0;
   transpositionTable.probe(b.hash, b.stoneCount(), depth, -kRootWindow, kRootWindow, side, stored, kTableMoves,
                            &found);
   for (int i = 0; i < found; ++i)
-    if (usable(stored[i]) && std::find(first, first + firstCount, stored[i]) == first + firstCount)
+    if (usable(b, stored[i], side) && std::find(first, first + firstCount, stored[i]) == first + firstCount)
       first[firstCount++] = stored[i];
   int count = 0;
   for (int i = 0; i < firstCount; ++i) moves[count++] = {kTableMoveScore - i, first[i]};
@@ -121,7 +123,7 @@ int32_t searchRoot(Searcher& s, int depth, Colour side) {
     // A win by continuous threats ends the search: the first threat is played.
     Move win = kNoMove;
     const int plies = vctPlies(s, side, kRootVctNodes, kRootVctThrees, &win);
-    if (plies >= 0 && playable(s.board, win, side) && !engine.blockTable[win]) {
+    if (plies >= 0 && usable(s.board, win, side)) {
       t.bestMove = win;
       s.pv[0][0] = win;
       s.pvLength[0] = 1;
@@ -148,6 +150,7 @@ int32_t searchRoot(Searcher& s, int depth, Colour side) {
       if (realtime) {
         sendLine("MESSAGE REALTIME BEST %d,%d", rowOf(m), colOf(m));
         sendLine("MESSAGE REALTIME VAL %d", std::clamp(value, -10000, 10000));
+        reportRealtimeLine(s.pv[0], s.pvLength[0]);
       }
     }
   }

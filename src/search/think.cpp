@@ -8,24 +8,23 @@
 
 namespace zorva {
 
-namespace {
-bool usable(const Board& board, const int32_t* blockTable, Move m) {
-  return board.inside(rowOf(m), colOf(m)) && board.at(m) == EMPTY && blockTable[m] == 0 &&
-         !leadsIntoBlockPath(board, m, board.sideToMove());
+bool mayChoose(const Board& board, const int32_t* blockTable, Move m) {
+  const Colour side = board.sideToMove();
+  return m != kNoMove && board.inside(rowOf(m), colOf(m)) && board.at(m) == EMPTY && blockTable[m] == 0 &&
+         !declaredUnusable(board, m, side) && !leadsIntoBlockPath(board, m, side);
 }
-}  // namespace
 
 Move emptyBoardMove(const Board& board, const int32_t* blockTable) {
   const int centreRow = board.height / 2, centreCol = board.width / 2;
   const Move centre = makeMove(centreRow, centreCol);
-  if (board.height > 0 && usable(board, blockTable, centre)) return centre;
+  if (board.height > 0 && mayChoose(board, blockTable, centre)) return centre;
   Move best = kNoMove;
   int bestDistance = std::abs(centreRow + 1) + std::abs(centreCol + 1);
   for (int row = 0; row < board.height; ++row)
     for (int col = 0; col < board.width; ++col) {
       const Move m = makeMove(row, col);
       const int distance = std::abs(row - centreRow) + std::abs(col - centreCol);
-      if (distance < bestDistance && usable(board, blockTable, m)) {
+      if (distance < bestDistance && mayChoose(board, blockTable, m)) {
         best = m;
         bestDistance = distance;
       }

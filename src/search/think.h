@@ -6,6 +6,10 @@
 
 namespace zorva {
 
+// A free cell of the board that the side to move may choose: not blocked,
+// not declared unusable for it, not leading into a blocked path.
+bool mayChoose(const Board& board, const int32_t* blockTable, Move m);
+
 // The centre when usable, else the usable empty cell nearest to it by
 // Manhattan distance (the first in row-major order on a tie); kNoMove when
 // no cell is usable. `blockTable` marks the cells the engine must not choose.

@@ -19,18 +19,10 @@ namespace {
 constexpr int kIdlePriority = 19;
 constexpr int kStaleAge = 2;  // entries this many stones old are replaced first
 constexpr uint16_t kNoThirdMove = 65535;
+constexpr uint64_t kUsageSampleBuckets = 1 << 12;  // per side: 512 KiB of entries, 32768 of them
 
 uint64_t load(const uint64_t* word) { return std::atomic_ref<uint64_t>(*const_cast<uint64_t*>(word)).load(std::memory_order_relaxed); }
 void save(uint64_t* word, uint64_t value) { std::atomic_ref<uint64_t>(*word).store(value, std::memory_order_relaxed); }
-
-// Zeroed pages straight from the system: nothing is touched until used,
-// and each page is zeroed on its first touch, a few microseconds at a time
-// between the search's clock checks. (Large pages would zero 2 MiB at a
-// touch and let the first thousand nodes of a turn take a second.)
-uint64_t* mapZeroed(uint64_t bytes) {
-  void* block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  return block == MAP_FAILED ? nullptr : static_cast<uint64_t*>(block);
-}
 
 uint64_t checkWord(uint64_t key, const TTEntry& e) {
   return key ^ (uint64_t(uint32_t(e.upper)) << 36) ^ (uint64_t(uint32_t(e.lower)) << 8) ^
@@ -85,9 +77,20 @@ int32_t fromStored(int32_t value, int depth) {
   return value;
 }
 
+// Zeroed pages straight from the system: nothing is touched until used,
+// and each page is zeroed on its first touch, a few microseconds at a time
+// between the search's clock checks. (Large pages would zero 2 MiB at a
+// touch and let the first thousand nodes of a turn take a second.)
+uint64_t* TranspositionTable::mapZeroed(uint64_t bytes) {
+  void* block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  return block == MAP_FAILED ? nullptr : static_cast<uint64_t*>(block);
+}
+
+void TranspositionTable::unmap(uint64_t* words, uint64_t bytes) { munmap(words, bytes); }
+
 TranspositionTable::~TranspositionTable() {
   if (releaser_.joinable()) releaser_.join();
-  if (words_) munmap(words_, bytesFor(sizeSetting_));
+  if (words_) unmap(words_, bytesFor(sizeSetting_));
 }
 
 uint64_t TranspositionTable::bytesFor(int32_t hashSize) {
@@ -116,6 +119,7 @@ uint64_t TranspositionTable::bucketsFor(int32_t hashSize) {
 }
 
 bool TranspositionTable::resize(int32_t hashSize) {
+  std::lock_guard lock(layout_);
   if (words_ && hashSize == sizeSetting_) return true;
   uint64_t* words = mapZeroed(bytesFor(hashSize));
   if (!words) {
@@ -132,18 +136,30 @@ bool TranspositionTable::resize(int32_t hashSize) {
 }
 
 void TranspositionTable::clear() {
+  std::lock_guard lock(layout_);
+  clearLocked();
+}
+
+void TranspositionTable::clearUnder(int rule) {
+  std::lock_guard lock(layout_);
+  rule_ = rule;
+  clearLocked();
+}
+
+void TranspositionTable::clearLocked() {
   if (!words_ || !written_.load(std::memory_order_relaxed)) return;
   written_.store(false, std::memory_order_relaxed);
   std::memset(words_, 0, bytesFor(sizeSetting_));
 }
 
 void TranspositionTable::ensureRule(int rule) {
+  std::lock_guard lock(layout_);
   if (rule == rule_) return;
   rule_ = rule;
   if (!words_ || !written_.load(std::memory_order_relaxed)) return;
   const uint64_t bytes = bytesFor(sizeSetting_);
   uint64_t* fresh = mapZeroed(bytes);
-  if (!fresh) return clear();
+  if (!fresh) return clearLocked();
   written_.store(false, std::memory_order_relaxed);
   release(words_, bytes);
   words_ = fresh;
@@ -274,12 +290,23 @@ void TranspositionTable::store(uint64_t key, int stones, int depth, int32_t valu
   write(entryWords(key, side, victim), key, e);
 }
 
-double TranspositionTable::usage() const {
-  if (!words_) return 0.0;
-  const uint64_t entries = buckets_ * 2 * kBucketEntries;
-  uint64_t used = 0;
-  for (uint64_t i = 0; i < entries; ++i) used += uint8_t(load(words_ + i * kWordsPerEntry + 2) >> 32) != kBoundNone;
-  return double(used) / double(entries);
+// Buckets are chosen by the low bits of uniform keys, so the first buckets
+// of each side's table stand for the whole of it; reading no more of them
+// keeps the command quick on a table of gigabytes.
+TableUsage TranspositionTable::usageAt(int stones) const {
+  std::lock_guard lock(layout_);
+  if (!words_) return {};
+  const uint64_t sampled = std::min<uint64_t>(buckets_, kUsageSampleBuckets) * kBucketEntries;
+  uint64_t used = 0, current = 0;
+  for (int side = 0; side < 2; ++side)
+    for (uint64_t i = 0; i < sampled; ++i) {
+      const uint64_t entry = uint64_t(side) * buckets_ * kBucketEntries + i;
+      const uint64_t info = load(words_ + entry * kWordsPerEntry + 2);
+      const bool filled = uint8_t(info >> 32) != kBoundNone;
+      used += filled;
+      current += filled && int(uint16_t(info >> 16)) >= stones;
+    }
+  return {double(used) / double(2 * sampled), double(current) / double(2 * sampled)};
 }
 
 }  // namespace zorva

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <thread>
 
 #include "board/types.h"
@@ -20,6 +21,28 @@ constexpr int32_t kProvenBound = 9999032;  // |value| >= this: proven at the roo
 constexpr int32_t kNoValue = 20000000;     // probe: nothing usable
 
 enum Bound : uint8_t { kBoundNone = 0, kBoundUpper = 1, kBoundLower = 2, kBoundExact = 3 };
+
+// What a dump or a load of the table came to.
+enum class TableFile {
+  kDone,
+  kCannotOpen,   // the file could not be opened (load) or written (dump)
+  kNoTable,      // no table has been made yet
+  kNotAHashFile,
+  kOtherVersion,
+  kOtherRule,
+  kOtherSize,
+  kOtherKeys,    // written by a run whose position keys differ
+  kTruncated,
+  kDamaged,      // the checksum does not match, or bytes follow it
+  kNoMemory,
+};
+
+// Fractions of the entries of both tables (of the first 2^12 buckets of
+// each, on larger tables).
+struct TableUsage {
+  double filled = 0.0;   // non-empty
+  double current = 0.0;  // written or found with at least the given number of stones
+};
 
 // One entry as the search sees it (the stored form packs it into 32 bytes).
 struct TTEntry {
@@ -56,6 +79,8 @@ class TranspositionTable {
   // Empties the tables in place, keeping their pages (for benchmarks and
   // tests that clear a small table often).
   void clear();
+  // Empties the tables (when there are any) and takes `rule` as theirs.
+  void clearUnder(int rule);
   // Empties the tables when they were filled under another rule. Fresh
   // pages from the system take the place of the used ones, so the cost does
   // not grow with the size: the pages are zeroed as the search first
@@ -68,8 +93,19 @@ class TranspositionTable {
   void store(uint64_t key, int stones, int depth, int32_t value, Bound bound, int side, Move move1 = kNoMove,
              Move move2 = kNoMove, Move move3 = kNoMove);
 
-  // Fraction of non-empty entries over both tables.
-  double usage() const;
+  // Fraction of non-empty entries over both tables (sampled on large ones).
+  double usage() const { return usageAt(0).filled; }
+  TableUsage usageAt(int stones) const;
+
+  // The tables to `path` in the engine's own dump format: a header with the
+  // rule, the size and a print of the position keys, the entries, a
+  // checksum. Written to "<path>.tmp" first, then renamed, so that a failed
+  // dump leaves any earlier file whole. Safe while a search runs.
+  TableFile dumpTo(const char* path) const;
+  // Reads a dump made under `rule` for tables of the present size: the
+  // whole file is read and checked into a fresh block first, and only a
+  // sound file replaces the tables. Must not run while a search uses them.
+  TableFile loadFrom(const char* path, int rule);
   uint64_t buckets() const { return buckets_; }
   int32_t sizeSetting() const { return sizeSetting_; }
   int32_t refusedSetting() const { return refusedSetting_; }
@@ -88,6 +124,10 @@ class TranspositionTable {
 
   // Hands a block no search can reach any more back to the system.
   void release(uint64_t* words, uint64_t bytes);
+  void clearLocked();
+  uint64_t wordCount() const { return buckets_ * 2 * kBucketEntries * kWordsPerEntry; }
+  static uint64_t* mapZeroed(uint64_t bytes);
+  static void unmap(uint64_t* words, uint64_t bytes);
 
   uint64_t* words_ = nullptr;  // two tables: side 1 then side 2, page-aligned
   std::atomic<bool> written_{false};  // something was stored since the last clear
@@ -96,6 +136,10 @@ class TranspositionTable {
   int32_t refusedSetting_ = -1;
   int rule_ = -1;
   std::thread releaser_;  // gives the last replaced block back
+  // Held while the tables are made, replaced or cleared, and by the
+  // commands that read them whole; the search itself never takes it,
+  // because the tables change shape only while no search runs.
+  mutable std::mutex layout_;
 };
 
 // The one table of the engine.
