@@ -127,7 +127,8 @@ TEST(Transcript, RuleChangeCostsTheNextTurnNoTime) {
     const long long sent = nowMs();
     engine.send(std::string("TURN ") + turn);
     ASSERT_TRUE(awaitMove(engine, 5000 * kSlack).has_value());
-    EXPECT_LT(nowMs() - sent, 150 * kSlack) << turn;
+    // Room for a loaded machine; the clear alone once took seconds.
+    EXPECT_LT(nowMs() - sent, 400 * kSlack) << turn;
   }
   engine.send("END");
   EXPECT_EQ(engine.waitExit(10000 * kSlack), 0);
