@@ -3,6 +3,7 @@
 // side to move's view. A win is kWin plus the remaining depth at the node
 // that proves it, so nearer wins score higher.
 #include <cstdint>
+#include <span>
 
 #include "board/types.h"
 
@@ -18,6 +19,9 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
 // Searches the root: writes bestMove, singleReply and the principal
 // variation into the think state and the searcher, prints the REALTIME
 // lines when asked to, and returns the root value (0 after an abort).
-int32_t searchRoot(Searcher& s, int depth, Colour side);
+// `excluded` rules root moves out (an analysis listing the next best
+// moves); a root left without moves then tries every playable cell, and
+// its value, true only of the moves left, stays out of the table.
+int32_t searchRoot(Searcher& s, int depth, Colour side, std::span<const Move> excluded = {});
 
 }  // namespace zorva
