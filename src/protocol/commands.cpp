@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdint>
 
+#include "protocol/analysis_commands.h"
 #include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
 #include "protocol/game.h"
@@ -30,12 +31,6 @@ char upper(char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; }
 void stopForChange() {
   if (engine.settings.pondering) engine.ponderActive = 0;
   stopThinking();
-}
-
-// Every command that changes the position or starts a search begins here.
-void preamble() {
-  stopForChange();
-  ensureGame();
 }
 
 // START and RECTSTART store the new size only once the think thread is idle,
@@ -148,6 +143,11 @@ void readBoardBody() {
 
 }  // namespace
 
+void preamble() {
+  stopForChange();
+  ensureGame();
+}
+
 void readBoardCommand() {
   preamble();
   engine.think.builtRule = -1;  // a new position: nothing proven about it yet
@@ -231,10 +231,10 @@ constexpr Command kCommands[] = {
     {"zvhashclear", nullptr},
     {"zvhashdump", nullptr},
     {"zvhashload", nullptr},
-    {"zvbalancetwo", nullptr},
-    {"zvbalanceone", nullptr},
-    {"zvnbest", nullptr},
-    {"zvsearchdefend", nullptr},
+    {"zvbalancetwo", cmdBalanceTwo},
+    {"zvbalanceone", cmdBalanceOne},
+    {"zvnbest", cmdNBest},
+    {"zvsearchdefend", cmdSearchDefend},
     {"zvsavedatabase", cmdIgnored},
     {"zvloaddatabase", cmdIgnored},
     {"zvswap2step1", nullptr},

@@ -86,10 +86,11 @@ int everyCell(Board& b, Colour side, std::span<const Move> excluded, ScoredMove*
   return count;
 }
 
-// Drops the ruled-out moves, keeping the order; a list left empty widens to
-// every playable cell, so that an analysis can list them all.
-int withoutExcluded(Board& b, Colour side, std::span<const Move> excluded, ScoredMove* moves, int count) {
-  if (excluded.empty()) return count;
+// Drops the moves an analysis ruled out, keeping the order; a list left
+// empty widens to every playable cell.
+int filterMoves(Board& b, Colour side, const RootFilter* filter, ScoredMove* moves, int count) {
+  if (!filter) return count;
+  const std::span<const Move> excluded = filter->excluded;
   const int kept = int(std::remove_if(moves, moves + count, [&](const ScoredMove& m) {
                          return isExcluded(excluded, m.move);
                        }) - moves);
@@ -133,13 +134,14 @@ int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
 
 }  // namespace
 
-int32_t searchRoot(Searcher& s, int depth, Colour side, std::span<const Move> excluded) {
+int32_t searchRoot(Searcher& s, int depth, Colour side, const RootFilter* filter) {
   ThinkState& t = engine.think;
   s.pvLength[0] = 0;
   const bool realtime = depth >= kRealtimeDepth && engine.settings.showDetail && !engine.ponderActive;
   const int32_t reference = t.rootValue;
   ScoredMove* moves = s.moveLists[0];
-  int count = withoutExcluded(s.board, side, excluded, moves, rootMoves(s, depth, side, moves));
+  int count = filterMoves(s.board, side, filter, moves, rootMoves(s, depth, side, moves));
+  const std::span<const Move> excluded = filter ? filter->excluded : std::span<const Move>();
   // A search stopped before its first move finishes still plays a legal one.
   if (t.bestMove == kNoMove && count > 0) t.bestMove = moves[0].move;
   if (count > 1 && depth >= kRootVctDepth) {
