@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "analysis/threat_proof.h"
 #include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/parallel.h"
@@ -14,14 +15,21 @@ namespace zorva {
 namespace {
 // A defence is judged against threat sequences this long and this wide:
 // more than a turn's root allows itself, since each answer is checked once.
+// The turn's threat search goes first; the wider proof catches what its
+// narrower threes miss.
 constexpr int kThreatNodes = 200000;
 constexpr int kThreatThrees = 8;
+constexpr int kProofThreats = 3;
+constexpr int64_t kProofNodes = 3000000;
 constexpr int kBalanceShare = 16;
 
 Searcher& analysisSearcher() { return searcher(0); }
 }  // namespace
 
-void EngineAnalysis::prepare() { turn_.prepare(); }
+void EngineAnalysis::prepare() {
+  turn_.prepare();
+  clearThreatProofs();
+}
 
 Board& EngineAnalysis::board() { return analysisSearcher().board; }
 
@@ -46,7 +54,8 @@ RootResult EngineAnalysis::searchRoot(int depth, Colour side, std::span<const Mo
 }
 
 int EngineAnalysis::threatWinPlies(Colour side) {
-  return vctPlies(analysisSearcher(), side, kThreatNodes, kThreatThrees, nullptr);
+  const int plies = vctPlies(analysisSearcher(), side, kThreatNodes, kThreatThrees, nullptr);
+  return plies >= 0 ? plies : threatProofPlies(analysisSearcher(), side, kProofThreats, kProofNodes);
 }
 
 bool EngineAnalysis::aborted() { return engine.searchAborted != 0; }

@@ -58,10 +58,6 @@ void collect(AnalysisSearch& search, Colour side, Defences& list) {
     }
 }
 
-// A proven loss's value counts the depth left where the opponent's win
-// was found; the plies from our move to its five follow from it.
-int lossFromValue(int32_t value, int depth) { return std::max(depth - (-value - kWin) + 1, kFiveLoss); }
-
 // Holding moves first, best first, then the lost ones, longest loss first.
 void order(Defences& list) {
   Defence* e = list.entries;
@@ -88,11 +84,8 @@ bool searchHolding(AnalysisSearch& search, Colour side, int depth, Defences& lis
     if (search.aborted()) return false;
   }
   const Progress p = progressAt(depth);
-  for (int i = 0; i < list.holding; ++i) {
-    Defence& d = list.entries[i];
-    d.ranked = {d.ranked.move, values[i], depth, p.elapsedMs, p.nodes};
-    if (values[i] <= -kProvenBound) d.lossPlies = lossFromValue(values[i], depth);
-  }
+  for (int i = 0; i < list.holding; ++i) list.entries[i].ranked = {list.entries[i].ranked.move, values[i], depth,
+                                                                    p.elapsedMs, p.nodes};
   return true;
 }
 
