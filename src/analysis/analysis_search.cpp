@@ -50,7 +50,7 @@ RootResult EngineAnalysis::searchRoot(int depth, Colour side, std::span<const Mo
   t.singleReply = 0;
   const RootFilter filter{excluded};
   const int32_t value = zorva::searchRoot(analysisSearcher(), depth, side, &filter);
-  return {value, t.bestMove};
+  return {value, t.bestMove, t.singleReply != 0};
 }
 
 int EngineAnalysis::threatWinPlies(Colour side) {
@@ -73,6 +73,11 @@ void startAnalysisClock(int32_t budgetMs) {
   t.dropFlagB = 0;
   t.aborted = false;
   t.bestMove = kNoMove;
+  engine.searchAborted = 0;
+}
+
+void restartAnalysisClock() {
+  engine.think.turnStart = nowMs();
   engine.searchAborted = 0;
 }
 

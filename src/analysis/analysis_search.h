@@ -12,7 +12,8 @@ namespace zorva {
 
 struct RootResult {
   int32_t value;
-  Move move;  // kNoMove when the root had no move left
+  Move move;      // kNoMove when the root had no move left
+  bool onlyMove;  // the root found every other move lost at once
 };
 
 class AnalysisSearch {
@@ -66,6 +67,8 @@ struct Progress {
 // Starts a job's clock with a budget that stays fixed (no turn's
 // lengthening), its counters cleared.
 void startAnalysisClock(int32_t budgetMs);
+// Gives the second phase of a job the same budget again, counting on.
+void restartAnalysisClock();
 Progress progressAt(int depth);
 // Records the end of a job as a turn's end is recorded; its value is no
 // result a later turn may build on, so it is 0.
