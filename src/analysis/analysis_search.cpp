@@ -1,6 +1,7 @@
 #include "analysis/analysis_search.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "analysis/threat_proof.h"
 #include "protocol/engine_state.h"
@@ -76,8 +77,9 @@ void startAnalysisClock(int32_t budgetMs) {
   engine.searchAborted = 0;
 }
 
-void restartAnalysisClock() {
-  engine.think.turnStart = nowMs();
+void extendAnalysisBudget() {
+  ThinkState& t = engine.think;
+  t.timeBudget = int32_t(std::min<int64_t>(nowMs() - t.turnStart + t.timeBudget, INT32_MAX));
   engine.searchAborted = 0;
 }
 

@@ -67,8 +67,9 @@ struct Progress {
 // Starts a job's clock with a budget that stays fixed (no turn's
 // lengthening), its counters cleared.
 void startAnalysisClock(int32_t budgetMs);
-// Gives the second phase of a job the same budget again, counting on.
-void restartAnalysisClock();
+// Gives the second phase of a job the same budget again, from now; the
+// clock still counts from the job's start.
+void extendAnalysisBudget();
 Progress progressAt(int depth);
 // Records the end of a job as a turn's end is recorded; its value is no
 // result a later turn may build on, so it is 0.

@@ -100,7 +100,7 @@ void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count) {
   // it. Then the others, with the same budget again, as deep.
   const int last = deepenRanks(search, reporter, 0, 1, engine.settings.maxDepth, best);
   if (wanted > 1 && best.count == 1 && !engine.stopFlag) {
-    restartAnalysisClock();
+    extendAnalysisBudget();
     deepenRanks(search, reporter, 1, wanted, std::max(last, int(engine.settings.startDepth)), best);
   }
   finishAnalysis(last);
