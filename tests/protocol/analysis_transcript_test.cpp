@@ -121,5 +121,22 @@ TEST(TranscriptAnalysis, NBestAndSearchDefendReportTheirLists) {
   EXPECT_EQ(engine.waitExit(5000 * kSlack), 0);
 }
 
+TEST(TranscriptAnalysis, NBestAndSearchDefendAnswerWhenStopped) {
+  EngineSession engine;
+  engine.send("INFO max_node -1");
+  startPosition(engine);
+  for (const char* job : {"zvnbest 2", "zvsearchdefend"}) {
+    engine.send(job);
+    readUntil(engine, "MESSAGE DETAIL (");
+    engine.send("zvstop");
+    const std::vector<std::string> lines = readQuiet(engine);
+    ASSERT_FALSE(lines.empty()) << job;
+    const std::string& last = lines.back();
+    EXPECT_TRUE(matches(last, kNBest, 7) || matches(last, kDefend, 7) || matches(last, kNoDefence, 6)) << last;
+  }
+  engine.send("END");
+  EXPECT_EQ(engine.waitExit(5000 * kSlack), 0);
+}
+
 }  // namespace
 }  // namespace zorva::testing
