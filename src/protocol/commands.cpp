@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdint>
 
+#include "protocol/analysis_commands.h"
 #include "protocol/block_commands.h"
 #include "protocol/cell_body.h"
 #include "protocol/database_commands.h"
@@ -36,12 +37,6 @@ constexpr int kGoOn = 0;
 constexpr int kWhoOwn = 1, kWhoOpponent = 2, kWhoBlock = 3;
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; }
-
-// Every command that changes the position or starts a search begins here.
-void preamble() {
-  stopForChange();
-  ensureGame();
-}
 
 // START and RECTSTART store the new size only once the think thread is idle,
 // so that a move still being played is checked against the size it was
@@ -153,6 +148,11 @@ void readBoardBody() {
 
 }  // namespace
 
+void preamble() {
+  stopForChange();
+  ensureGame();
+}
+
 void readBoardCommand() {
   preamble();
   engine.think.builtRule = -1;  // a new position: nothing proven about it yet
@@ -245,10 +245,10 @@ constexpr Command kCommands[] = {
     {"zvhashclear", cmdHashClear},
     {"zvhashdump", cmdHashDump},
     {"zvhashload", cmdHashLoad},
-    {"zvbalancetwo", nullptr},
-    {"zvbalanceone", nullptr},
-    {"zvnbest", nullptr},
-    {"zvsearchdefend", nullptr},
+    {"zvbalancetwo", cmdBalanceTwo},
+    {"zvbalanceone", cmdBalanceOne},
+    {"zvnbest", cmdNBest},
+    {"zvsearchdefend", cmdSearchDefend},
     {"zvsavedatabase", cmdIgnored},
     {"zvloaddatabase", cmdIgnored},
     {"zvswap2step1", nullptr},

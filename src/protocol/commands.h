@@ -22,6 +22,10 @@ void setInput(std::FILE* stream);
 // Reads the next line into engine.inputLine; false at end of input.
 bool readInputLine();
 
+// Every command that changes the position or starts a search begins here:
+// pondering off, the think thread stopped, a game started if none was.
+void preamble();
+
 // BOARD up to its search: the preamble, then the "x,y,who" lines until DONE.
 // zvboard is exactly this.
 void readBoardCommand();

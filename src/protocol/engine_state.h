@@ -67,6 +67,11 @@ struct EngineState {
   int32_t thinkIdle = 1;
   int32_t benchmarkMode = 0;
 
+  // Arguments of the analysis jobs, written by their commands before the
+  // preamble stops the job that may still be reading the last ones.
+  Relaxed<int32_t> balanceParam{0};
+  Relaxed<int32_t> nbestCount{1};
+
   // Cells the engine must not choose, set by the front end (1 = blocked).
   int32_t blockTable[kCellSlots] = {};
   // Positions the engine must not steer into; changed only while idle.

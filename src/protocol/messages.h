@@ -66,6 +66,25 @@ inline constexpr char kRefusedMemory[] = "no memory to read it into";
 inline constexpr char kRealtimePv[] = "MESSAGE REALTIME PV";
 inline constexpr char kRealtimePvCell[] = " %d,%d";
 
+// The analysis jobs. Balance: depth counted with the candidate's stones, the
+// same less the smallest remaining depth reached, the offset negated, the
+// candidate's distance from it, ms, millions of nodes, the stones.
+inline constexpr char kBalanceOneDepth[] = "MESSAGE DETAIL DEPTH:%d-%d |VAL%+d|:%d TIME:%ldms NODE:%dm [%c,%d]";
+inline constexpr char kBalanceOneFinal[] =
+    "MESSAGE DETAIL (BALANCE) DEPTH:%d-%d |VAL%+d|:%d TIME:%ldms NODE:%dm [%c,%d]";
+inline constexpr char kBalanceTwoDepth[] =
+    "MESSAGE DETAIL DEPTH:%d-%d |VAL%+d|:%d TIME:%ldms NODE:%dm [%c,%d][%c,%d]";
+inline constexpr char kBalanceTwoFinal[] =
+    "MESSAGE DETAIL (BALANCE) DEPTH:%d-%d |VAL%+d|:%d TIME:%ldms NODE:%dm [%c,%d][%c,%d]";
+// N-best and search-defend, one line per move: rank, depth, value, the move,
+// ms and millions of nodes when its search ended.
+inline constexpr char kNBestLine[] = "MESSAGE DETAIL (NBEST) RANK:%d DEPTH:%d VAL:%d [%c,%d] TIME:%ldms NODE:%dm";
+inline constexpr char kDefendLine[] =
+    "MESSAGE DETAIL (SearchDefend) RANK:%d DEPTH:%d VAL:%d [%c,%d] TIME:%ldms NODE:%dm";
+// No move holds: the one that loses last, with the plies from it to the opponent's five.
+inline constexpr char kDefendNone[] = "MESSAGE DETAIL (SearchDefend) NONE DEPTH:%d LOSS:%d [%c,%d] TIME:%ldms NODE:%dm";
+inline constexpr char kErrorNBestCount[] = "ERROR zvnbest needs a count of at least 1";
+
 inline constexpr char kForbidHead[] = "FORBID ";
 inline constexpr char kForbidCell[] = "%02d%02d";
 inline constexpr char kForbidEnd[] = ".";

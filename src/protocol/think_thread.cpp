@@ -4,6 +4,7 @@
 #include <mutex>
 #include <thread>
 
+#include "analysis/jobs.h"
 #include "protocol/engine_state.h"
 #include "protocol/game.h"
 #include "protocol/messages.h"
@@ -56,9 +57,12 @@ void playTurnAndPonder() {
   engine.ponderActive = 0;
 }
 
-// The analysis jobs of the other modes are accepted and end at once.
+// A mode with no job yet (the opening-rule decisions) ends at once.
 void runJob(int mode) {
-  if (mode == kModeTurn) playTurnAndPonder();
+  if (mode == kModeTurn)
+    playTurnAndPonder();
+  else
+    runAnalysisJob(mode);
 }
 
 void thinkLoop() {

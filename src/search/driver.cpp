@@ -38,19 +38,6 @@ struct Deepening {
   bool plentiful;
 };
 
-// The stop rules tested before each depth.
-bool stopBeforeDepth(const Settings& s, const ThinkState& t, const Board& board, int depth, bool plentiful) {
-  const int64_t elapsed = nowMs() - t.turnStart;
-  const bool stopRequested = engine.stopFlag > 0;
-  const bool outOfTime = t.timeBudget <= 4 * elapsed && !plentiful;
-  const bool boardFull = depth + board.stoneCount() > board.width * board.height;
-  if (depth != 1 && (outOfTime || boardFull || stopRequested) && (nodeLimitOn(s.maxNode) || stopRequested))
-    return true;
-  if (nodeLimitOn(s.maxNode) && s.maxNode < kNodeLimitOff && int64_t(s.maxNode) <= (t.nodeCount >> 10) * 4)
-    return true;
-  return depth > s.maxDepth;
-}
-
 void setDepthBudget(const Settings& s, ThinkState& t, Colour side, const Board& board, Deepening& run) {
   int32_t v = t.rootValue;
   if (s.rule == 2) v += side == BLACK ? -kRenjuBias : kRenjuBias;
@@ -69,7 +56,7 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
                  bool quiet, Deepen kind = Deepen::Turn) {
   t.fixedBudget = kind != Deepen::Turn;
   Deepening run{s.startDepth - 1, t.rootValue, fitsEvenShare(s, t.timeBudget, board)};
-  for (int depth = s.startDepth; !stopBeforeDepth(s, t, board, depth, run.plentiful); ++depth) {
+  for (int depth = s.startDepth; !stopBeforeDepth(board, depth, run.plentiful); ++depth) {
     t.currentDepth = depth;
     t.singleReply = 0;
     t.previousBestMove = t.bestMove;
@@ -156,6 +143,20 @@ void report(const Settings& s, const ThinkState& t, const Board& board) {
 }
 
 }  // namespace
+
+bool stopBeforeDepth(const Board& board, int depth, bool plentiful, int extraStones) {
+  const Settings& s = engine.settings;
+  const ThinkState& t = engine.think;
+  const int64_t elapsed = nowMs() - t.turnStart;
+  const bool stopRequested = engine.stopFlag > 0;
+  const bool outOfTime = t.timeBudget <= 4 * elapsed && !plentiful;
+  const bool boardFull = depth + extraStones + board.stoneCount() > board.width * board.height;
+  if (depth != 1 && (outOfTime || boardFull || stopRequested) && (nodeLimitOn(s.maxNode) || stopRequested))
+    return true;
+  if (nodeLimitOn(s.maxNode) && s.maxNode < kNodeLimitOff && int64_t(s.maxNode) <= (t.nodeCount >> 10) * 4)
+    return true;
+  return depth > s.maxDepth;
+}
 
 int64_t nowMs() {
   using namespace std::chrono;

@@ -66,6 +66,11 @@ int32_t decisionBudget(const Settings& s);
 // The budget while deepening, longer when the value is unstable or dropping.
 int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB);
 
+// The stop rules tested before each depth: out of time (unless the time is
+// plentiful) or the board too full for `extraStones` more stones and the
+// depth's plies, or a stop request, then the node limit and max_depth.
+bool stopBeforeDepth(const Board& board, int depth, bool plentiful, int extraStones = 0);
+
 // Runs a turn on `board` for the side to move and returns the move chosen
 // (kNoMove when no cell is usable); prints the report unless `quiet`.
 Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet = false);

@@ -75,6 +75,32 @@ Move firstUsable(Board& b, ThreatClass c, Colour side) {
   return found;
 }
 
+bool isExcluded(std::span<const Move> excluded, Move m) {
+  return std::find(excluded.begin(), excluded.end(), m) != excluded.end();
+}
+
+// Every playable cell not ruled out, in board order.
+int everyCell(Board& b, Colour side, std::span<const Move> excluded, ScoredMove* moves) {
+  int count = 0;
+  for (int row = 0; row < b.height; ++row)
+    for (int col = 0; col < b.width; ++col) {
+      const Move m = makeMove(row, col);
+      if (usable(b, m, side) && !isExcluded(excluded, m)) moves[count++] = {0, m};
+    }
+  return count;
+}
+
+// Drops the moves an analysis ruled out, keeping the order; a list left
+// empty widens to every playable cell.
+int filterMoves(Board& b, Colour side, const RootFilter* filter, ScoredMove* moves, int count) {
+  if (!filter) return count;
+  const std::span<const Move> excluded = filter->excluded;
+  const int kept = int(std::remove_if(moves, moves + count, [&](const ScoredMove& m) {
+                         return isExcluded(excluded, m.move);
+                       }) - moves);
+  return kept > 0 ? kept : everyCell(b, side, excluded, moves);
+}
+
 // The root's moves: our five, else the block of theirs (a block the engine
 // may not play loses anyway, so then any move is as good), else our open
 // four, the fastest sure win; else the previous best, the table's moves and
@@ -110,20 +136,21 @@ int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
 
 }  // namespace
 
-int32_t searchRoot(Searcher& s, int depth, Colour side) {
+int32_t searchRoot(Searcher& s, int depth, Colour side, const RootFilter* filter) {
   ThinkState& t = engine.think;
   s.pvLength[0] = 0;
   const bool realtime = depth >= kRealtimeDepth && engine.settings.showDetail && !engine.ponderActive;
   const int32_t reference = t.rootValue;
   ScoredMove* moves = s.moveLists[0];
-  int count = rootMoves(s, depth, side, moves);
+  int count = filterMoves(s.board, side, filter, moves, rootMoves(s, depth, side, moves));
+  const std::span<const Move> excluded = filter ? filter->excluded : std::span<const Move>();
   // A search stopped before its first move finishes still plays a legal one.
   if (t.bestMove == kNoMove && count > 0) t.bestMove = moves[0].move;
   if (count > 1 && depth >= kRootVctDepth) {
     // A win by continuous threats ends the search: the first threat is played.
     Move win = kNoMove;
     const int plies = vctPlies(s, side, kRootVctNodes, kRootVctThrees, &win);
-    if (plies >= 0 && usable(s.board, win, side)) {
+    if (plies >= 0 && usable(s.board, win, side) && !isExcluded(excluded, win)) {
       t.bestMove = win;
       s.pv[0][0] = win;
       s.pvLength[0] = 1;
@@ -155,8 +182,9 @@ int32_t searchRoot(Searcher& s, int depth, Colour side) {
     }
   }
   if (count == 0) return 0;
-  transpositionTable.store(s.board.hash, s.board.stoneCount(), depth, n.alpha, kBoundExact, side, n.best.moves[0],
-                           n.best.moves[1], n.best.moves[2]);
+  if (excluded.empty())
+    transpositionTable.store(s.board.hash, s.board.stoneCount(), depth, n.alpha, kBoundExact, side, n.best.moves[0],
+                             n.best.moves[1], n.best.moves[2]);
   return n.alpha;
 }
 

@@ -105,7 +105,7 @@ TEST(Transcript, OverlongLineIsCutAndItsRestDropped) {
 }
 
 TEST(Transcript, UnknownInputAndSilentInfo) {
-  expectTranscript("INFO no_such_key 5\nINFO timeout_turn 5000x\nhello\nzvnbest 3\n\nEND\n",
+  expectTranscript("INFO no_such_key 5\nINFO timeout_turn 5000x\nhello\nzvunheardof 3\n\nEND\n",
                    {"UNKNOWN command", "UNKNOWN command", "UNKNOWN command"});
 }
 

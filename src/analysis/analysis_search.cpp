@@ -1,0 +1,105 @@
+#include "analysis/analysis_search.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "analysis/threat_proof.h"
+#include "protocol/engine_state.h"
+#include "search/driver.h"
+#include "search/parallel.h"
+#include "search/search.h"
+#include "search/searcher.h"
+#include "search/vct.h"
+
+namespace zorva {
+
+namespace {
+// A defence is judged against threat sequences this long and this wide:
+// more than a turn's root allows itself, since each answer is checked once.
+// The turn's threat search goes first; the wider proof catches what its
+// narrower threes miss.
+constexpr int kThreatNodes = 200000;
+constexpr int kThreatThrees = 8;
+constexpr int kProofThreats = 3;
+constexpr int64_t kProofNodes = 3000000;
+constexpr int kBalanceShare = 16;
+
+Searcher& analysisSearcher() { return searcher(0); }
+}  // namespace
+
+void EngineAnalysis::prepare() {
+  turn_.prepare();
+  clearThreatProofs();
+}
+
+Board& EngineAnalysis::board() { return analysisSearcher().board; }
+
+int32_t EngineAnalysis::evaluate(Colour side) { return turn_.evaluate(side); }
+
+void EngineAnalysis::startDepth(int plies) {
+  engine.think.currentDepth = plies;
+  turn_.startDepth();
+}
+
+int32_t EngineAnalysis::searchNode(int depth, int ply, int32_t alpha, int32_t beta, Colour side) {
+  return zorva::searchNode(analysisSearcher(), depth, ply, alpha, beta, side, 0);
+}
+
+RootResult EngineAnalysis::searchRoot(int depth, Colour side, std::span<const Move> excluded, Move hint) {
+  ThinkState& t = engine.think;
+  t.bestMove = hint;
+  t.singleReply = 0;
+  const RootFilter filter{excluded};
+  const int32_t value = zorva::searchRoot(analysisSearcher(), depth, side, &filter);
+  return {value, t.bestMove, t.singleReply != 0};
+}
+
+int EngineAnalysis::threatWinPlies(Colour side) {
+  const int plies = vctPlies(analysisSearcher(), side, kThreatNodes, kThreatThrees, nullptr);
+  return plies >= 0 ? plies : threatProofPlies(analysisSearcher(), side, kProofThreats, kProofNodes);
+}
+
+bool EngineAnalysis::aborted() { return engine.searchAborted != 0; }
+
+void EngineAnalysis::mergeStatistics() { turn_.mergeStatistics(); }
+
+void startAnalysisClock(int32_t budgetMs) {
+  ThinkState& t = engine.think;
+  t.timeBudget = budgetMs;
+  t.turnStart = nowMs();
+  t.fixedBudget = true;
+  t.nodeCount = 0;
+  t.minRemainingDepth = 0;
+  t.dropFlagA = 0;
+  t.dropFlagB = 0;
+  t.aborted = false;
+  t.bestMove = kNoMove;
+  engine.searchAborted = 0;
+}
+
+void extendAnalysisBudget() {
+  ThinkState& t = engine.think;
+  t.timeBudget = int32_t(std::min<int64_t>(nowMs() - t.turnStart + t.timeBudget, INT32_MAX));
+  engine.searchAborted = 0;
+}
+
+Progress progressAt(int depth) {
+  const ThinkState& t = engine.think;
+  // Helpers' nodes are merged only between depths; lines within one count them too.
+  return {depth, depth - t.minRemainingDepth, nowMs() - t.turnStart, t.nodeCount + searcherNodes(searchThreads())};
+}
+
+void finishAnalysis(int depth) {
+  ThinkState& t = engine.think;
+  t.elapsedMs = nowMs() - t.turnStart;
+  t.currentDepth = depth;
+  t.finalValue = 0;
+  t.aborted = engine.searchAborted != 0;
+}
+
+int32_t balanceBudget() {
+  const Settings& s = engine.settings;
+  return std::min(s.timeLeft / kBalanceShare, int32_t(s.timeoutTurn));
+}
+
+}  // namespace zorva

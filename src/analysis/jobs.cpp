@@ -1,0 +1,36 @@
+#include "analysis/jobs.h"
+
+#include "analysis/analysis_report.h"
+#include "analysis/analysis_search.h"
+#include "analysis/balance.h"
+#include "analysis/nbest.h"
+#include "analysis/search_defend.h"
+#include "protocol/engine_state.h"
+
+namespace zorva {
+
+void runAnalysisJob(int mode) {
+  EngineAnalysis search;
+  ProtocolReporter reporter(engine.board.height);
+  switch (mode) {
+    case kModeBalanceOne:
+      runBalance(search, reporter, 1, engine.balanceParam);
+      break;
+    case kModeBalanceTwo:
+      runBalance(search, reporter, 2, engine.balanceParam);
+      break;
+    case kModeNBest:
+      runNBest(search, reporter, engine.nbestCount);
+      break;
+    case kModeSearchDefend:
+      // checkmate 1 and 2 select the checkmate family's defence, whose lines
+      // read "(SearchDefend" with a suffix; until that family is built every
+      // level runs this one, the threat-based defence.
+      runSearchDefend(search, reporter);
+      break;
+    default:
+      break;
+  }
+}
+
+}  // namespace zorva

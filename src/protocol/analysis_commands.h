@@ -1,0 +1,15 @@
+#pragma once
+// The commands that start an analysis job on the think thread; each job
+// prints its own lines.
+
+namespace zorva {
+
+// zvbalanceone and zvbalancetwo [offset]: the offset is 0 when absent.
+int cmdBalanceOne(const char* args);
+int cmdBalanceTwo(const char* args);
+// zvnbest [count]: one move when absent.
+int cmdNBest(const char* args);
+// zvsearchdefend.
+int cmdSearchDefend(const char* args);
+
+}  // namespace zorva
