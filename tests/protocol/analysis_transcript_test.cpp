@@ -13,12 +13,6 @@
 namespace zorva::testing {
 namespace {
 
-#ifdef ZORVA_SANITIZED
-constexpr int kSlack = 10;
-#else
-constexpr int kSlack = 1;
-#endif
-
 // Whether `line` is all of `format` (scanf rules), with `fields` values
 // read; the values go to `out`, as many as the format reads numbers.
 bool matches(const std::string& line, const char* format, int fields, int* out = nullptr) {

@@ -8,6 +8,13 @@
 
 namespace zorva::testing {
 
+// Sanitizers slow the engine several times over; time limits are for the real build.
+#ifdef ZORVA_SANITIZED
+constexpr int kSlack = 10;
+#else
+constexpr int kSlack = 1;
+#endif
+
 class EngineSession {
  public:
   explicit EngineSession(const std::string& binary = ZORVA_BINARY);

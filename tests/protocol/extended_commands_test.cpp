@@ -21,12 +21,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-#ifdef ZORVA_SANITIZED
-constexpr int kSlack = 10;
-#else
-constexpr int kSlack = 1;
-#endif
-
 const std::string kGreeting = "MESSAGE Deep Zorva 0.1.0 :-)";
 const std::string kAbout =
     "name=\"Zorva\", author=\"The Zorva developers\", version=\"0.1.0\", country=\"International\", www=\"n/a\"";

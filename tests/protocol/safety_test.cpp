@@ -18,12 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-#ifdef ZORVA_SANITIZED
-constexpr int kSlack = 10;  // sanitizers slow the engine several times over
-#else
-constexpr int kSlack = 1;
-#endif
-
 bool isMove(const std::string& line) {
   return line.find(',') != std::string::npos && line.find_first_not_of("0123456789,") == std::string::npos;
 }

@@ -14,13 +14,6 @@
 namespace zorva::testing {
 namespace {
 
-// Sanitizers slow the engine several times over; the limits are for the real build.
-#ifdef ZORVA_SANITIZED
-constexpr int kSlack = 10;
-#else
-constexpr int kSlack = 1;
-#endif
-
 void startEndlessThink(EngineSession& engine) {
   engine.send("INFO max_node -1");  // no time limit: only a stop ends the think
   engine.send("START 15");
