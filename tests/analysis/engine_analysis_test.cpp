@@ -36,6 +36,8 @@ class Recorder : public AnalysisReporter {
   void nbest(std::span<const RankedMove> list) override { moves.assign(list.begin(), list.end()); }
   void defence(std::span<const RankedMove>) override {}
   void noDefence(const RankedMove&, int) override {}
+  void swapAnswer(SwapStep, bool) override {}
+  void swapStones(Move, Move) override {}
 };
 
 class EngineAnalysisTest : public ::testing::Test {
