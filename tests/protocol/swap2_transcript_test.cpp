@@ -98,7 +98,7 @@ TEST(TranscriptOpenings, Swap2DecisionsKeepTheirBudget) {
   setUp(engine, kEvenOpening);
   long long sent = nowMs();
   engine.send("zvswap2step2");
-  EXPECT_EQ(awaitLine(engine, "MESSAGE SWAP2 MOVE4").first.size() > 0, true);
+  EXPECT_FALSE(awaitLine(engine, "MESSAGE SWAP2 MOVE4").first.empty());
   const auto [fifth, answered] = awaitLine(engine, "MESSAGE SWAP2 MOVE5");
   EXPECT_FALSE(fifth.empty());
   EXPECT_LE(answered - sent, 2 * kBudget + 100 * kSlack);
