@@ -66,4 +66,16 @@ void ProtocolReporter::noDefence(const RankedMove& longest, int lossPlies) {
            millions(longest.nodes));
 }
 
+void ProtocolReporter::swapAnswer(SwapStep step, bool swap) {
+  sendLine(step == SwapStep::First ? reply::kSwap2First : reply::kSwap2Second, swap ? reply::kYes : reply::kNo);
+}
+
+void ProtocolReporter::swapStones(Move fourth, Move fifth) {
+  // Cells as their row and column; -1 -1 when no pair was found.
+  const auto row = [](Move m) { return m == kNoMove ? -1 : rowOf(m); };
+  const auto col = [](Move m) { return m == kNoMove ? -1 : colOf(m); };
+  sendLine(reply::kSwap2Fourth, row(fourth), col(fourth));
+  sendLine(reply::kSwap2Fifth, row(fifth), col(fifth));
+}
+
 }  // namespace zorva

@@ -18,6 +18,9 @@ struct RankedMove {
   int64_t nodes = 0;
 };
 
+// The swap questions of the Swap2 rule: after three stones, after five.
+enum class SwapStep { First, Second };
+
 class AnalysisReporter {
  public:
   virtual ~AnalysisReporter() = default;
@@ -31,6 +34,11 @@ class AnalysisReporter {
   virtual void defence(std::span<const RankedMove> holding) = 0;
   // No move holds: the one that loses last, `lossPlies` from it to the opponent's five.
   virtual void noDefence(const RankedMove& longest, int lossPlies) = 0;
+  // Whether the side to move swaps colours at `step`.
+  virtual void swapAnswer(SwapStep step, bool swap) = 0;
+  // No swap after three stones: the fourth and fifth stones offered instead
+  // (kNoMove when there is no pair to offer).
+  virtual void swapStones(Move fourth, Move fifth) = 0;
 };
 
 // Prints through the protocol's output, cells in letter form.
@@ -41,6 +49,8 @@ class ProtocolReporter : public AnalysisReporter {
   void nbest(std::span<const RankedMove> moves) override;
   void defence(std::span<const RankedMove> holding) override;
   void noDefence(const RankedMove& longest, int lossPlies) override;
+  void swapAnswer(SwapStep step, bool swap) override;
+  void swapStones(Move fourth, Move fifth) override;
 
  private:
   int height_;

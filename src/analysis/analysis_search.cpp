@@ -23,6 +23,7 @@ constexpr int kThreatThrees = 8;
 constexpr int kProofThreats = 3;
 constexpr int64_t kProofNodes = 3000000;
 constexpr int kBalanceShare = 16;
+constexpr int kSwapPairShare = 4;
 
 Searcher& analysisSearcher() { return searcher(0); }
 }  // namespace
@@ -52,6 +53,11 @@ RootResult EngineAnalysis::searchRoot(int depth, Colour side, std::span<const Mo
   const RootFilter filter{excluded};
   const int32_t value = zorva::searchRoot(analysisSearcher(), depth, side, &filter);
   return {value, t.bestMove, t.singleReply != 0};
+}
+
+DecisionResult EngineAnalysis::searchDecision() {
+  const int32_t value = runDecisionSearch(turn_, engine.board);
+  return {value, engine.think.currentDepth};
 }
 
 int EngineAnalysis::threatWinPlies(Colour side) {
@@ -95,6 +101,11 @@ void finishAnalysis(int depth) {
   t.currentDepth = depth;
   t.finalValue = 0;
   t.aborted = engine.searchAborted != 0;
+}
+
+int32_t swapPairBudget() {
+  const Settings& s = engine.settings;
+  return std::min(s.timeLeft / kSwapPairShare, int32_t(s.timeoutTurn));
 }
 
 int32_t balanceBudget() {

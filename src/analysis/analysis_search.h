@@ -16,6 +16,13 @@ struct RootResult {
   bool onlyMove;  // the root found every other move lost at once
 };
 
+// A decision search's result: the value of the last depth done, from the
+// side to move's view, and that depth.
+struct DecisionResult {
+  int32_t value;
+  int depth;
+};
+
 class AnalysisSearch {
  public:
   virtual ~AnalysisSearch() = default;
@@ -31,6 +38,10 @@ class AnalysisSearch {
   virtual int32_t searchNode(int depth, int ply, int32_t alpha, int32_t beta, Colour side) = 0;
   // The root search on board() without the `excluded` moves, `hint` first.
   virtual RootResult searchRoot(int depth, Colour side, std::span<const Move> excluded, Move hint) = 0;
+  // Deepens on the game position for the side to move as a one-off
+  // decision does: its own budget, the tables prepared, until a value is
+  // proven or the budget is spent.
+  virtual DecisionResult searchDecision() = 0;
   // Plies before `side`, to move, makes five by continuous threats, or -1.
   virtual int threatWinPlies(Colour side) = 0;
   // Out of time or nodes, or asked to stop: the last values mean nothing.
@@ -48,6 +59,7 @@ class EngineAnalysis : public AnalysisSearch {
   void startDepth(int plies) override;
   int32_t searchNode(int depth, int ply, int32_t alpha, int32_t beta, Colour side) override;
   RootResult searchRoot(int depth, Colour side, std::span<const Move> excluded, Move hint) override;
+  DecisionResult searchDecision() override;
   int threatWinPlies(Colour side) override;
   bool aborted() override;
   void mergeStatistics() override;
@@ -74,6 +86,10 @@ Progress progressAt(int depth);
 // Records the end of a job as a turn's end is recorded; its value is no
 // result a later turn may build on, so it is 0.
 void finishAnalysis(int depth);
+
+// The pairs offered instead of a swap take a quarter of the time left,
+// capped by the turn limit.
+int32_t swapPairBudget();
 
 // Balance searches take a 16th of the time left, capped by the turn limit.
 int32_t balanceBudget();

@@ -5,6 +5,7 @@
 #include "analysis/balance.h"
 #include "analysis/nbest.h"
 #include "analysis/search_defend.h"
+#include "analysis/swap2.h"
 #include "protocol/engine_state.h"
 
 namespace zorva {
@@ -27,6 +28,12 @@ void runAnalysisJob(int mode) {
       // read "(SearchDefend" with a suffix; until that family is built every
       // level runs this one, the threat-based defence.
       runSearchDefend(search, reporter);
+      break;
+    case kModeSwap2First:
+      runSwap2First(search, reporter);
+      break;
+    case kModeSwap2Second:
+      runSwap2Second(search, reporter);
       break;
     default:
       break;

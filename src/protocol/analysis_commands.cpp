@@ -53,4 +53,8 @@ int cmdNBest(const char* args) {
 
 int cmdSearchDefend(const char*) { return startJob(kModeSearchDefend); }
 
+int cmdSwap2Step2(const char*) { return startJob(kModeSwap2First); }
+
+int cmdSwap2Step3(const char*) { return startJob(kModeSwap2Second); }
+
 }  // namespace zorva

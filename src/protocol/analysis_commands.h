@@ -11,5 +11,8 @@ int cmdBalanceTwo(const char* args);
 int cmdNBest(const char* args);
 // zvsearchdefend.
 int cmdSearchDefend(const char* args);
+// zvswap2step2 and zvswap2step3: the swap decisions after three and five stones.
+int cmdSwap2Step2(const char* args);
+int cmdSwap2Step3(const char* args);
 
 }  // namespace zorva

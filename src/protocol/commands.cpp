@@ -12,6 +12,7 @@
 #include "protocol/hash_commands.h"
 #include "protocol/line_reader.h"
 #include "protocol/messages.h"
+#include "protocol/opening_commands.h"
 #include "protocol/output.h"
 #include "protocol/rules_commands.h"
 #include "protocol/scan.h"
@@ -251,11 +252,11 @@ constexpr Command kCommands[] = {
     {"zvsearchdefend", cmdSearchDefend},
     {"zvsavedatabase", cmdIgnored},
     {"zvloaddatabase", cmdIgnored},
-    {"zvswap2step1", nullptr},
-    {"zvswap2step2", nullptr},
-    {"zvswap2step3", nullptr},
-    {"zvsoosorvstep1", nullptr},
-    {"zvsoosorvstep2", nullptr, kCellLines},
+    {"zvswap2step1", cmdSwap2Step1},
+    {"zvswap2step2", cmdSwap2Step2},
+    {"zvswap2step3", cmdSwap2Step3},
+    {"zvsoosorvstep1", cmdSoosorvStep1},
+    {"zvsoosorvstep2", cmdSoosorvStep2},
     {"zvsoosorvstep3", nullptr, kCellLines},
     {"zvsoosorvstep4", nullptr, kCellLines},
     {"zvsoosorvstep5", nullptr, kCellLines},

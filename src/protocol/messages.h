@@ -85,6 +85,20 @@ inline constexpr char kDefendLine[] =
 inline constexpr char kDefendNone[] = "MESSAGE DETAIL (SearchDefend) NONE DEPTH:%d LOSS:%d [%c,%d] TIME:%ldms NODE:%dm";
 inline constexpr char kErrorNBestCount[] = "ERROR zvnbest needs a count of at least 1";
 
+// The opening rules. Swap2: the three stones of the opening, then the
+// answers of the second player after three and after five stones.
+inline constexpr char kSwap2Opening[] = "MESSAGE SWAP2 MOVE%d %d %d";
+inline constexpr char kSwap2First[] = "MESSAGE SWAP2 SWAP1 %s";
+inline constexpr char kSwap2Fourth[] = "MESSAGE SWAP2 MOVE4 %d %d";
+inline constexpr char kSwap2Fifth[] = "MESSAGE SWAP2 MOVE5 %d %d";
+inline constexpr char kSwap2Second[] = "MESSAGE SWAP2 SWAP2 %s";
+inline constexpr char kYes[] = "YES";
+inline constexpr char kNo[] = "NO";
+// Soosorv: the fixed first three stones, the check of an opening and the swap answer.
+inline constexpr char kSoosorvOpening[] = "MESSAGE SOOSORV MOVE%d %d %d";
+inline constexpr char kSoosorvFirst[] = "MESSAGE SOOSORV SWAP1 %s";
+inline constexpr char kIllegalOpening[] = "MESSAGE Illegal opening!";
+
 inline constexpr char kForbidHead[] = "FORBID ";
 inline constexpr char kForbidCell[] = "%02d%02d";
 inline constexpr char kForbidEnd[] = ".";

@@ -57,7 +57,7 @@ void playTurnAndPonder() {
   engine.ponderActive = 0;
 }
 
-// A mode with no job yet (the opening-rule decisions) ends at once.
+// A turn, or one of the analysis jobs.
 void runJob(int mode) {
   if (mode == kModeTurn)
     playTurnAndPonder();

@@ -11,7 +11,9 @@
 
 #include "analysis/balance.h"
 #include "analysis/nbest.h"
+#include "analysis/swap2.h"
 #include "analysis/symmetry.h"
+#include "board/forbid.h"
 #include "board/zobrist.h"
 #include "protocol/engine_state.h"
 #include "protocol/output.h"
@@ -28,6 +30,7 @@ class Recorder : public AnalysisReporter {
   std::vector<RankedMove> moves;
   std::vector<Move> stones;
   int32_t score = -1;
+  std::vector<std::pair<SwapStep, bool>> swaps;
 
   void balance(const Progress&, int32_t, int32_t s, std::span<const Move> cells, bool) override {
     score = s;
@@ -36,6 +39,8 @@ class Recorder : public AnalysisReporter {
   void nbest(std::span<const RankedMove> list) override { moves.assign(list.begin(), list.end()); }
   void defence(std::span<const RankedMove>) override {}
   void noDefence(const RankedMove&, int) override {}
+  void swapAnswer(SwapStep step, bool swap) override { swaps.push_back({step, swap}); }
+  void swapStones(Move fourth, Move fifth) override { stones = {fourth, fifth}; }
 };
 
 class EngineAnalysisTest : public ::testing::Test {
@@ -91,6 +96,17 @@ class EngineAnalysisTest : public ::testing::Test {
     coldStart();
     EngineSearch search;
     return runTurnDriver(search, engine.board, true);
+  }
+
+  static Recorder swap2(bool afterFive) {
+    coldStart();
+    EngineAnalysis search;
+    Recorder reporter;
+    if (afterFive)
+      runSwap2Second(search, reporter);
+    else
+      runSwap2First(search, reporter);
+    return reporter;
   }
 
   static std::FILE* sink;
@@ -181,6 +197,46 @@ TEST_F(EngineAnalysisTest, BalanceOneFindsAReplyWorthTheOffset) {
   ASSERT_EQ(reporter.stones.size(), 1u);
   EXPECT_LE(reporter.score, 30);
   EXPECT_LE(std::abs(moverValue(reporter.stones[0]) - offset), 30);
+}
+
+// Black's two stones together against a lone white one far off, and the
+// reverse; then a Renju opening close to even, which gets two stones added.
+TEST_F(EngineAnalysisTest, Swap2AfterThreeStonesSwapsKeepsOrAddsAPair) {
+  engine.settings.maxDepth = 4;
+  using Answers = std::vector<std::pair<SwapStep, bool>>;
+  setUp(15, "hhaahi");
+  EXPECT_EQ(swap2(false).swaps, (Answers{{SwapStep::First, true}}));
+  setUp(15, "aahhoo");
+  EXPECT_EQ(swap2(false).swaps, (Answers{{SwapStep::First, false}}));
+  engine.settings.rule = kRenju;
+  engine.settings.maxDepth = 3;
+  setUp(15, "hhhijf");
+  const Recorder r = swap2(false);
+  EXPECT_TRUE(r.swaps.empty());
+  ASSERT_EQ(r.stones.size(), 2u);
+  const Move fourth = r.stones[0], fifth = r.stones[1];
+  ASSERT_NE(fourth, fifth);
+  for (Move m : {fourth, fifth}) ASSERT_TRUE(engine.board.inside(rowOf(m), colOf(m)) && engine.board.at(m) == EMPTY);
+  engine.board.placeStone(fourth, WHITE);
+  EXPECT_FALSE(isForbidden(engine.board, fifth)) << "black's fifth stone is playable";
+}
+
+// The answer after five stones follows the sign of the turn's value for
+// the side to move, both at the same depth from a cold table.
+TEST_F(EngineAnalysisTest, Swap2AfterFiveStonesSwapsExactlyWhenTheSideToMoveStandsWorse) {
+  engine.settings.maxDepth = 4;
+  int swaps = 0;
+  for (const char* five : {"hhhiiiggjj", "hhaahiaoob", "aahhoohiob", "hhhiigjjgh", "hhgiiijhhj", "hhhijfgicc"}) {
+    setUp(15, five);
+    turn();
+    const int32_t value = engine.think.finalValue;
+    const Recorder r = swap2(true);
+    ASSERT_EQ(r.swaps.size(), 1u) << five;
+    EXPECT_EQ(r.swaps[0].second, value < 0) << five << " " << value;
+    swaps += r.swaps[0].second;
+  }
+  EXPECT_GT(swaps, 0);
+  EXPECT_LT(swaps, 6);
 }
 
 }  // namespace

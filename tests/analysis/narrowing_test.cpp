@@ -9,6 +9,7 @@
 
 #include "analysis/balance.h"
 #include "analysis/narrowing.h"
+#include "analysis/swap2.h"
 #include "board/zobrist.h"
 #include "protocol/engine_state.h"
 
@@ -22,6 +23,7 @@ class ScriptedSearch : public AnalysisSearch {
   std::function<int32_t(int depth, Move first)> value = [](int, Move) { return 0; };
   int searches = 0;
   int stopAtSearch = -1;  // the search that finds the stop request
+  DecisionResult decision{0, 1};
   bool twoStones = false;  // candidates are pairs: the first stone is the one before last
   Board b;
 
@@ -35,6 +37,7 @@ class ScriptedSearch : public AnalysisSearch {
     return stopped_ ? 0 : std::clamp(value(depth, firstStone()), alpha, beta);
   }
   RootResult searchRoot(int, Colour, std::span<const Move>, Move) override { return {0, kNoMove, false}; }
+  DecisionResult searchDecision() override { return decision; }
   int threatWinPlies(Colour) override { return -1; }
   bool aborted() override { return stopped_; }
   void mergeStatistics() override {}
@@ -123,7 +126,7 @@ TEST_F(NarrowingTest, ListsShrinkByDepthWhenLongAndByTheirTailWhenShortAndClose)
   EXPECT_EQ(shortenedLength(20, 3, 17), 20) << "no close candidate yet: keep them all";
 }
 
-// Records what the balance search reports.
+// Records what the balance search and the swap decisions report.
 class BalanceLines : public AnalysisReporter {
  public:
   struct Line {
@@ -132,12 +135,16 @@ class BalanceLines : public AnalysisReporter {
     bool final;
   };
   std::vector<Line> lines;
+  std::vector<std::pair<SwapStep, bool>> swaps;
+  std::vector<Move> offered;
   void balance(const Progress&, int32_t offset, int32_t score, std::span<const Move> stones, bool final) override {
     lines.push_back({offset, score, {stones.begin(), stones.end()}, final});
   }
   void nbest(std::span<const RankedMove>) override {}
   void defence(std::span<const RankedMove>) override {}
   void noDefence(const RankedMove&, int) override {}
+  void swapAnswer(SwapStep step, bool swap) override { swaps.push_back({step, swap}); }
+  void swapStones(Move fourth, Move fifth) override { offered = {fourth, fifth}; }
 };
 
 TEST_F(NarrowingTest, BalanceClampsTheOffsetAndAnswersAfterAStop) {
@@ -161,6 +168,68 @@ TEST_F(NarrowingTest, BalanceClampsTheOffsetAndAnswersAfterAStop) {
   ASSERT_EQ(stopped.lines.size(), 1u) << "only the answer: no pass was completed";
   EXPECT_TRUE(stopped.lines[0].final);
   EXPECT_EQ(stopped.lines[0].stones.size(), 2u);
+}
+
+// Swap2 on a three-stone opening; pairs are scored by their fourth stone:
+// the one on (2, 2) balances the game at every depth but the second.
+class Swap2Test : public NarrowingTest {
+ protected:
+  void SetUp() override {
+    NarrowingTest::SetUp();
+    for (Move m : {makeMove(3, 3), makeMove(5, 5), makeMove(4, 4)}) search.b.placeStone(m, search.b.sideToMove());
+    search.twoStones = true;
+    search.value = [](int depth, Move first) { return first == kBalancing ? (depth == 2 ? 9 : 0) : 3; };
+  }
+  BalanceLines first(int32_t value, int depth = 4) {
+    search.decision = {value, depth};
+    BalanceLines reporter;
+    runSwap2First(search, reporter);
+    return reporter;
+  }
+  static constexpr Move kBalancing = makeMove(2, 2);
+};
+
+TEST_F(Swap2Test, FirstDecisionSwapsKeepsOrOffersTheMostBalancedPairWithinTheMargin) {
+  using Answers = std::vector<std::pair<SwapStep, bool>>;
+  EXPECT_EQ(first(201).swaps, (Answers{{SwapStep::First, false}}));
+  EXPECT_EQ(first(-201).swaps, (Answers{{SwapStep::First, true}}));
+  EXPECT_EQ(first(-10000005, 3).swaps, (Answers{{SwapStep::First, true}})) << "a proven loss less its distance";
+  for (int32_t value : {200, -200}) {
+    const BalanceLines r = first(value);
+    EXPECT_TRUE(r.swaps.empty()) << value;
+    ASSERT_EQ(r.offered.size(), 2u) << value;
+    EXPECT_EQ(r.offered[0], kBalancing);
+    EXPECT_EQ(search.b.at(r.offered[1]), EMPTY);
+    EXPECT_NE(r.offered[1], kBalancing);
+  }
+  EXPECT_EQ(search.b.moveCount, 3) << "every pair was taken back";
+}
+
+TEST_F(Swap2Test, AStopKeepsThePairOfTheLastFinishedPass) {
+  engine.settings.maxDepth = 3;
+  // Pass 1 puts the pairs on (2, 2) first; pass 2 finds another pair better
+  // than them after they are searched, and the stop comes two searches later.
+  const NarrowingRules rules{WHITE, 2, WHITE, 0};
+  collectPairs(search, rules, false, candidates);
+  const int pairs = candidates.count;
+  const int balancing = int(std::count_if(candidates.entries, candidates.entries + pairs,
+                                          [](const Candidate& c) { return c.first == kBalancing; }));
+  ASSERT_GE(pairs, 32);
+  search.stopAtSearch = pairs + balancing + 2;
+  const BalanceLines r = first(0);
+  ASSERT_EQ(r.offered.size(), 2u);
+  EXPECT_EQ(r.offered[0], kBalancing);
+  EXPECT_NE(candidates.entries[0].first, kBalancing) << "the cut pass did move a better pair to the front";
+}
+
+TEST_F(Swap2Test, SecondDecisionSwapsExactlyOnANegativeValue) {
+  for (const auto& [value, swap] : std::vector<std::pair<int32_t, bool>>{
+           {-1, true}, {0, false}, {1, false}, {-10000002, true}, {10000002, false}}) {
+    search.decision = {value, 2};
+    BalanceLines r;
+    runSwap2Second(search, r);
+    EXPECT_EQ(r.swaps, (std::vector<std::pair<SwapStep, bool>>{{SwapStep::Second, swap}})) << value;
+  }
 }
 
 }  // namespace

@@ -57,6 +57,8 @@ class LastList : public AnalysisReporter {
     holding.clear();
     longest = m.move;
   }
+  void swapAnswer(SwapStep, bool) override {}
+  void swapStones(Move, Move) override {}
 };
 
 // Search-defend on a cold start, two plies deep: the threat checks decide
