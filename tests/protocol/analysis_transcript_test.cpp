@@ -58,10 +58,12 @@ std::string readUntil(EngineSession& engine, const std::string& prefix, std::vec
   return "";
 }
 
-// Every line until the engine has been quiet for a while.
+// Every line until the engine has been quiet for a while. The jobs here end
+// in well under a second, so the silence need not grow with the full slack.
 std::vector<std::string> readQuiet(EngineSession& engine) {
+  constexpr int kQuietMs = kSlack > 1 ? 4500 : 1500;
   std::vector<std::string> lines;
-  while (std::optional<std::string> line = engine.readLine(1500 * kSlack)) lines.push_back(*line);
+  while (std::optional<std::string> line = engine.readLine(kQuietMs)) lines.push_back(*line);
   return lines;
 }
 
