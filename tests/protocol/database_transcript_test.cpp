@@ -14,7 +14,6 @@
 namespace zorva::testing {
 namespace {
 
-const std::string kGreeting = "MESSAGE Deep Zorva 0.1.0 :-)";
 
 TEST(Transcript, DatabaseEditsPersistAcrossRuns) {
   const std::string path = "/tmp/zorva-e2e-db-" + std::to_string(getpid()) + ".db";

@@ -6,6 +6,11 @@
 
 namespace zorva::testing {
 
+// What the engine says at START and to ABOUT.
+inline const std::string kGreeting = "MESSAGE Deep Zorva 0.1.0 :-)";
+inline const std::string kAbout =
+    "name=\"Zorva\", author=\"The Zorva developers\", version=\"0.1.0\", country=\"International\", www=\"n/a\"";
+
 struct EngineRun {
   std::vector<std::string> lines;  // standard output, split at line feeds
   int exitCode = -1;               // -1 when the engine was killed or crashed

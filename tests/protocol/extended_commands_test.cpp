@@ -21,9 +21,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const std::string kGreeting = "MESSAGE Deep Zorva 0.1.0 :-)";
-const std::string kAbout =
-    "name=\"Zorva\", author=\"The Zorva developers\", version=\"0.1.0\", country=\"International\", www=\"n/a\"";
 const std::string kEmptyUsage = "MESSAGE Hash usage: 0.000000 / 0.000000";
 
 std::string tempPath(const std::string& tag) { return "/tmp/zorva-ext-" + std::to_string(getpid()) + "-" + tag; }

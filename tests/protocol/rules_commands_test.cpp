@@ -12,7 +12,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const std::string kGreeting = "MESSAGE Deep Zorva 0.1.0 :-)";
 
 // Black (7,5) (7,6) (5,8) (6,8): (7,8) is a double three; white far away.
 const std::string kDoubleThree =

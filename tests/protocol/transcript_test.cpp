@@ -14,9 +14,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const std::string kGreeting = "MESSAGE Deep Zorva 0.1.0 :-)";
-const std::string kAbout =
-    "name=\"Zorva\", author=\"The Zorva developers\", version=\"0.1.0\", country=\"International\", www=\"n/a\"";
 
 const std::string kAnyMove = "?move";
 
