@@ -14,7 +14,6 @@
 namespace zorva::testing {
 namespace {
 
-
 TEST(Transcript, DatabaseEditsPersistAcrossRuns) {
   const std::string path = "/tmp/zorva-e2e-db-" + std::to_string(getpid()) + ".db";
   std::remove(path.c_str());

@@ -12,7 +12,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-
 // Black (7,5) (7,6) (5,8) (6,8): (7,8) is a double three; white far away.
 const std::string kDoubleThree =
     "START 15\nzvboard\n7,5,1\n0,0,2\n7,6,1\n0,14,2\n5,8,1\n14,0,2\n6,8,1\n14,14,2\nDONE\n";

@@ -14,7 +14,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-
 const std::string kAnyMove = "?move";
 
 bool isReportLine(const std::string& line) {
