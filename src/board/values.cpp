@@ -67,6 +67,8 @@ int blackValueOf(uint32_t word) {
   return sum;
 }
 
+std::once_flag filled;
+
 }  // namespace
 
 int sortedIndex(uint32_t word) {
@@ -76,17 +78,11 @@ int sortedIndex(uint32_t word) {
   return learningIndex(c[0], c[1], c[2], c[3]);
 }
 
-namespace {
-
-std::once_flag filled;
-
-}  // namespace
-
 int learningIndex(int a, int b, int c, int d) { return a * 4096 + b * 256 + c * 16 + d; }
 
 void initValueTables() {
   std::call_once(filled, [] {
-    // valueOf does not depend on the order of the directions, so the
+    // A shape value does not depend on the order of the directions, so the
     // table of sorted quadruples holds it whole.
     for (uint32_t word = 0; word < (1u << 16); ++word) {
       learningTable[sortedIndex(word)] = int16_t(shapeValue(word, kEvalWeights));
