@@ -79,6 +79,12 @@ bool legalOffers(const CellBody& body, Board& b) {
   return true;
 }
 
+// The input thread's board for checking positions: too large for the stack.
+Board& scratchBoard() {
+  static Board board;
+  return board;
+}
+
 // The think thread is idle since the preamble; the job starts on what its command stored.
 int startJob(int mode) {
   engine.thinkMode = mode;
@@ -118,7 +124,7 @@ int cmdSoosorvStep5(const char* args) {
   const bool counted = scanInts(args, "%d", &offers) == 1;
   const CellBody body = readCellBody();
   preamble();
-  static Board opening;  // too large for the stack; the input thread's only
+  Board& opening = scratchBoard();
   if (!replayOpening(body, opening)) {
     sendLine(reply::kIllegalSequence);
     return kGoOn;
@@ -143,7 +149,11 @@ int cmdSoosorvStep6(const char*) {
     sendLine(reply::kIllegalSequence);
     return kGoOn;
   }
-  if (!legalOffers(body, engine.board)) {
+  // The game board takes a new rule only at the next search's set-up.
+  Board& position = scratchBoard();
+  copyBoard(engine.board, position);
+  position.setRule(engine.settings.rule);
+  if (!legalOffers(body, position)) {
     sendLine(reply::kIllegalFifthSet);
     return kGoOn;
   }
