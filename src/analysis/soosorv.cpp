@@ -93,11 +93,13 @@ void offerFromSearch(AnalysisSearch& search, int wanted, Offers& offers) {
   for (const Move m : ranks.moves) offer(b, offers, wanted, m, b.sideToMove());
 }
 
-// Tops the offers up from the cells near the stones, by static value.
+// Tops the offers up from the cells near the stones, by the static value of
+// the side that plays them: the stone's own value, which a value for the side
+// to move after it reads less well.
 void offerFromEvaluation(AnalysisSearch& search, int wanted, Offers& offers) {
   Board& b = search.board();
   const Colour side = b.sideToMove();
-  const NarrowingRules rules{side, 1, opponent(side), -kBeyondAnyValue};
+  const NarrowingRules rules{side, 1, side, kBeyondAnyValue};
   CandidateList& list = analysisCandidates();
   collectSingles(search, rules, list);
   sortCandidates(list);
@@ -122,7 +124,8 @@ std::optional<Move> chosenFromBook(const Board& b, std::span<const Move> candida
 }
 
 // Narrows the candidates towards the chooser's best: each scores its
-// distance below a value no position reaches.
+// distance below a value no position reaches. They start in the order of the
+// offering side's static value, the lowest first.
 Move chosenFromSearch(AnalysisSearch& search, std::span<const Move> candidates) {
   startAnalysisClock(decisionBudget(engine.settings));
   search.prepare();
@@ -133,7 +136,7 @@ Move chosenFromSearch(AnalysisSearch& search, std::span<const Move> candidates) 
   list.count = 0;
   for (const Move m : candidates) {
     b.placeStone(m, side);
-    list.entries[list.count++] = {kBeyondAnyValue - search.evaluate(opponent(side)), m, kNoMove};
+    list.entries[list.count++] = {kBeyondAnyValue + search.evaluate(side), m, kNoMove};
     b.removeStone(m);
   }
   sortCandidates(list);
