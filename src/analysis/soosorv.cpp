@@ -23,6 +23,7 @@ constexpr int32_t kRankingPhases = 2;
 // A target beyond every value, proven wins included: distance from it ranks
 // candidates by value alone.
 constexpr int32_t kBeyondAnyValue = 20000000;
+constexpr int kImageRoom = 8;  // symmetricImages writes at most seven
 
 struct Offers {
   int count = 0;
@@ -35,7 +36,7 @@ db::Position positionOf(const Board& b) {
 }
 
 bool isImageOfOffer(const Board& b, const Offers& offers, Move m, Colour side) {
-  Move images[8];
+  Move images[kImageRoom];
   for (const Move offered : offers.view()) {
     const int n = symmetricImages(b, offered, side, images);
     if (offered == m || std::find(images, images + n, m) != images + n) return true;

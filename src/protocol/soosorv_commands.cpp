@@ -24,6 +24,7 @@ namespace {
 
 constexpr int kGoOn = 0;
 constexpr int kStonesBeforeFifth = 4;
+constexpr int kImageRoom = 8;  // symmetricImages writes at most seven
 
 // Out-of-range cells were left out of the body, so its position would be
 // another: such a body is found nowhere.
@@ -69,7 +70,7 @@ bool legalOffers(const CellBody& body, Board& b) {
   const std::vector<Move>& cells = body.cells;
   if (body.rejected || cells.empty() || cells.size() > size_t(kMaxFifthOffers)) return false;
   const Colour side = b.sideToMove();
-  Move images[8];
+  Move images[kImageRoom];
   for (size_t i = 0; i < cells.size(); ++i) {
     if (!mayPlay(b, cells[i], side)) return false;
     const int n = symmetricImages(b, cells[i], side, images);
