@@ -192,6 +192,7 @@ TEST(TranscriptSoosorv, OffersAndChoiceKeepTheirBudget) {
   engine.send(command);
   const auto [second, again] = awaitOffers(engine);
   expectOffers(second, 4, barred);
+  EXPECT_LE(again - sent, kBudget + 100 * kSlack);
 
   command = body("zvsoosorvstep6", second);
   command.pop_back();
