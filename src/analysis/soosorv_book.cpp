@@ -1,6 +1,8 @@
 #include "analysis/soosorv_book.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 
 namespace zorva {
 
@@ -16,6 +18,13 @@ db::Position extended(const db::Position& stones, Move cell, int32_t* line) {
   return {stones.rule, stones.height, stones.width, std::span<const int32_t>(line, stones.moves.size() + 1)};
 }
 
+// Every record with a message has a count: its first character as one
+// digit, or 0 when that character is no digit.
+std::optional<int> countOf(const std::optional<std::string>& text) {
+  if (!text || text->size() <= size_t(db::kResultBytes)) return std::nullopt;
+  return std::max(db::readCount(*text), 0);
+}
+
 }  // namespace
 
 std::optional<CountedMove> bookFourthMove(const db::Database& db, const db::Position& stones) {
@@ -25,19 +34,17 @@ std::optional<CountedMove> bookFourthMove(const db::Database& db, const db::Posi
   for (int x = 0; x < stones.height && found < kMaxCountedMoves; ++x)
     for (int y = 0; y < stones.width && found < kMaxCountedMoves; ++y) {
       const Move cell = makeMove(x, y);
-      const std::optional<std::string> text = db.lookup(extended(stones, cell, line));
-      const int count = text ? db::readCount(*text) : -1;
-      if (count < 0) continue;
+      const std::optional<int> count = countOf(db.lookup(extended(stones, cell, line)));
+      if (!count) continue;
       ++found;
-      if (!best || count > best->count) best = CountedMove{cell, count};
+      if (!best || *count > best->count) best = CountedMove{cell, *count};
     }
   return best;
 }
 
 bool bookAcceptsOffers(const db::Database& db, const db::Position& stones, int offered) {
-  const std::optional<std::string> text = db.lookup(stones);
-  const int count = text ? db::readCount(*text) : -1;
-  return count >= 0 && count <= offered;
+  const std::optional<int> count = countOf(db.lookup(stones));
+  return count && *count <= offered;
 }
 
 // A record's t is from the view of the side that made the position, its v

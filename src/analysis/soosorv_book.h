@@ -2,7 +2,8 @@
 // What the opening database knows about a Soosorv opening: the fourth stone
 // it has the largest count of fifth-move offers for, whether it accepts a
 // number of offers, and the values of the positions after fifth moves. A
-// record's count is the first character of its message, one hex digit.
+// record with a message has a count: the message's first character as one
+// digit ("0" to "9", then "A" upward), 0 when it is no digit.
 #include <cstdint>
 #include <optional>
 
@@ -20,7 +21,7 @@ struct CountedMove {
 };
 
 // Of the first kMaxCountedMoves cells, in row order, whose extension of
-// `stones` has a record with a count, the one with the largest count (the
+// `stones` has a record with a message, the one with the largest count (the
 // earlier on a tie); none when no such record is found.
 std::optional<CountedMove> bookFourthMove(const db::Database& db, const db::Position& stones);
 
