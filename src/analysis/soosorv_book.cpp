@@ -11,7 +11,10 @@ namespace {
 // Proven results rank beyond every searched value.
 constexpr int32_t kBookWin = 10000;
 
-// `stones` with `cell` after them, in `line`.
+// More stones than the largest board has cells repeat one: no record.
+bool tooMany(const db::Position& stones) { return stones.moves.size() >= size_t(kMaxStones); }
+
+// `stones` with `cell` after them, in `line` (room for kMaxStones + 1).
 db::Position extended(const db::Position& stones, Move cell, int32_t* line) {
   std::copy(stones.moves.begin(), stones.moves.end(), line);
   line[stones.moves.size()] = cell;
@@ -30,6 +33,7 @@ std::optional<int> countOf(const std::optional<std::string>& text) {
 std::optional<CountedMove> bookFourthMove(const db::Database& db, const db::Position& stones) {
   int32_t line[kMaxStones + 1];
   std::optional<CountedMove> best;
+  if (tooMany(stones)) return best;
   int found = 0;
   for (int x = 0; x < stones.height && found < kMaxCountedMoves; ++x)
     for (int y = 0; y < stones.width && found < kMaxCountedMoves; ++y) {
@@ -51,6 +55,7 @@ bool bookAcceptsOffers(const db::Database& db, const db::Position& stones, int o
 // from the side to move's, as the search reads them.
 std::optional<int32_t> bookValueAfter(const db::Database& db, const db::Position& stones, Move cell) {
   int32_t line[kMaxStones + 1];
+  if (tooMany(stones)) return std::nullopt;
   const std::optional<db::ResultFields> fields = db.probe(extended(stones, cell, line));
   if (!fields) return std::nullopt;
   if (fields->t == db::kLost) return kBookWin;
