@@ -78,4 +78,14 @@ void ProtocolReporter::swapStones(Move fourth, Move fifth) {
   sendLine(reply::kSwap2Fifth, row(fifth), col(fifth));
 }
 
+void ProtocolReporter::fifthOffers(std::span<const Move> cells) {
+  sendLine(reply::kSoosorvOffersBegin);
+  for (const Move m : cells) sendLine(reply::kSoosorvOffer, rowOf(m), colOf(m));
+  sendLine(reply::kSoosorvOffersEnd);
+}
+
+void ProtocolReporter::fifthOffersShort() { sendLine(reply::kUnexpectedError); }
+
+void ProtocolReporter::fifthChoice(Move cell) { sendLine(reply::kSoosorvChoice, rowOf(cell), colOf(cell)); }
+
 }  // namespace zorva

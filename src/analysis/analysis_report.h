@@ -5,6 +5,7 @@
 #include <span>
 
 #include "analysis/analysis_search.h"
+#include "analysis/soosorv.h"
 #include "board/types.h"
 
 namespace zorva {
@@ -41,8 +42,9 @@ class AnalysisReporter {
   virtual void swapStones(Move fourth, Move fifth) = 0;
 };
 
-// Prints through the protocol's output, cells in letter form.
-class ProtocolReporter : public AnalysisReporter {
+// Prints through the protocol's output: progress cells in letter form, the
+// opening rules' answers as row and column.
+class ProtocolReporter : public AnalysisReporter, public SoosorvReporter {
  public:
   explicit ProtocolReporter(int boardHeight) : height_(boardHeight) {}
   void balance(const Progress& p, int32_t offset, int32_t score, std::span<const Move> stones, bool final) override;
@@ -51,6 +53,9 @@ class ProtocolReporter : public AnalysisReporter {
   void noDefence(const RankedMove& longest, int lossPlies) override;
   void swapAnswer(SwapStep step, bool swap) override;
   void swapStones(Move fourth, Move fifth) override;
+  void fifthOffers(std::span<const Move> cells) override;
+  void fifthOffersShort() override;
+  void fifthChoice(Move cell) override;
 
  private:
   int height_;

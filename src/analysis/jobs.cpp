@@ -5,6 +5,7 @@
 #include "analysis/balance.h"
 #include "analysis/nbest.h"
 #include "analysis/search_defend.h"
+#include "analysis/soosorv.h"
 #include "analysis/swap2.h"
 #include "protocol/engine_state.h"
 
@@ -35,6 +36,14 @@ void runAnalysisJob(int mode) {
     case kModeSwap2Second:
       runSwap2Second(search, reporter);
       break;
+    case kModeSoosorvOffers:
+      runFifthOffers(search, reporter, fifthMoveRequest().offers);
+      break;
+    case kModeSoosorvChoice: {
+      const FifthMoveRequest& r = fifthMoveRequest();
+      runFifthChoice(search, reporter, std::span<const Move>(r.candidates, size_t(r.candidateCount)));
+      break;
+    }
     default:
       break;
   }

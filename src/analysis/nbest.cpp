@@ -23,21 +23,21 @@ bool proven(const RankedMove& m) { return m.value >= kProvenBound || m.value <= 
 
 std::span<const RankedMove> ranks(const Lines& lines) { return {lines.moves, size_t(lines.count)}; }
 
-// Rules out `m` and, with nbestsym on, the moves whose positions are its images.
-void exclude(const Board& b, Colour side, Move m, Move* excluded, int& count) {
+// Rules out `m` and, with `images`, the moves whose positions are its images.
+void exclude(const Board& b, Colour side, bool images, Move m, Move* excluded, int& count) {
   excluded[count++] = m;
-  if (engine.settings.nbestSym) count += symmetricImages(b, m, side, excluded + count);
+  if (images) count += symmetricImages(b, m, side, excluded + count);
 }
 
 // Ranks `first` to `wanted` - 1 at `depth`, after the ranks above them in
 // `best`, into `lines`; stops early when the search does. The last depth's
 // move of a rank is tried first for it.
-bool searchRanks(AnalysisSearch& search, Colour side, int depth, int first, int wanted, const Lines& best,
-                 Lines& lines) {
+bool searchRanks(AnalysisSearch& search, Colour side, bool images, int depth, int first, int wanted,
+                 const Lines& best, Lines& lines) {
   Move excluded[kMaxStones + 8];  // room for the images of the last move listed
   int excludedCount = 0;
   std::copy(best.moves, best.moves + first, lines.moves);
-  for (int i = 0; i < first; ++i) exclude(search.board(), side, best.moves[i].move, excluded, excludedCount);
+  for (int i = 0; i < first; ++i) exclude(search.board(), side, images, best.moves[i].move, excluded, excludedCount);
   bool onlyMove = false;
   for (lines.count = first; lines.count < wanted;) {
     const std::span<const Move> ruledOut(excluded, size_t(excludedCount));
@@ -48,7 +48,7 @@ bool searchRanks(AnalysisSearch& search, Colour side, int depth, int first, int 
     const Progress p = progressAt(depth);
     lines.moves[lines.count++] = {r.move, r.value, depth, p.elapsedMs, p.nodes};
     onlyMove = onlyMove || (first == 0 && lines.count == 1 && r.onlyMove);
-    exclude(search.board(), side, r.move, excluded, excludedCount);
+    exclude(search.board(), side, images, r.move, excluded, excludedCount);
   }
   return onlyMove;
 }
@@ -63,7 +63,8 @@ void capValues(Lines& lines, int first) {
 
 // Deepens ranks `first` to `wanted` - 1 up to `maxDepth`, reporting the
 // whole list after each depth; returns the last depth completed.
-int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, int first, int wanted, int maxDepth, Lines& best) {
+int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, bool images, int first, int wanted, int maxDepth,
+                Lines& best) {
   static Lines lines;  // the think thread's only; too large for its stack beside `best`
   const Board& board = search.board();
   const Colour side = board.sideToMove();
@@ -71,7 +72,7 @@ int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, int first, i
   int last = 0;
   for (int depth = s.startDepth; depth <= maxDepth && !stopBeforeDepth(board, depth, false); ++depth) {
     search.startDepth(depth);
-    const bool onlyMove = searchRanks(search, side, depth, first, wanted, best, lines);
+    const bool onlyMove = searchRanks(search, side, images, depth, first, wanted, best, lines);
     search.mergeStatistics();
     // A cut-short depth counts only when none was done: some list beats none.
     if (search.aborted() && best.count > first) break;
@@ -90,7 +91,11 @@ int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, int first, i
 }  // namespace
 
 void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count) {
-  startAnalysisClock(turnBudget(engine.settings));
+  runNBest(search, reporter, count, {turnBudget(engine.settings), engine.settings.nbestSym != 0});
+}
+
+void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count, const NBestLimits& limits) {
+  startAnalysisClock(limits.budgetMs);
   search.prepare();
   const int wanted = std::clamp(count, 1, kMaxStones);
   static Lines best;
@@ -98,10 +103,11 @@ void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count) {
   // The best move alone first, deepened as a turn deepens, so that it is the
   // move a turn would choose; the other ranks would change the table under
   // it. Then the others, with the same budget again, as deep.
-  const int last = deepenRanks(search, reporter, 0, 1, engine.settings.maxDepth, best);
+  const int last = deepenRanks(search, reporter, limits.distinctImages, 0, 1, engine.settings.maxDepth, best);
   if (wanted > 1 && best.count == 1 && !engine.stopFlag) {
     extendAnalysisBudget();
-    deepenRanks(search, reporter, 1, wanted, std::max(last, int(engine.settings.startDepth)), best);
+    deepenRanks(search, reporter, limits.distinctImages, 1, wanted, std::max(last, int(engine.settings.startDepth)),
+                best);
   }
   finishAnalysis(last);
   reporter.nbest(ranks(best));

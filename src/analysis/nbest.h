@@ -1,6 +1,8 @@
 #pragma once
 // N-best analysis: the best moves for the side to move, each found by a
 // root search with the better ones already listed ruled out.
+#include <cstdint>
+
 #include "analysis/analysis_report.h"
 #include "analysis/analysis_search.h"
 
@@ -11,5 +13,12 @@ namespace zorva {
 // lists them all; with nbestsym on, a move whose position is a symmetric
 // image of a listed move's is not listed.
 void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count);
+
+struct NBestLimits {
+  int32_t budgetMs;     // for the best move; the other ranks get as much again
+  bool distinctImages;  // leave out symmetric images of listed moves, whatever nbestsym says
+};
+// The same with a budget and a symmetry rule of the caller's.
+void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count, const NBestLimits& limits);
 
 }  // namespace zorva

@@ -33,10 +33,4 @@ CellBody readCellBody() {
   }
 }
 
-void skipCellBody() {
-  int32_t xy[2];
-  while (readInputLine() && scanInts(engine.inputLine, "%d,%d", xy) == 2) {
-  }
-}
-
 }  // namespace zorva

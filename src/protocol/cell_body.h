@@ -17,8 +17,4 @@ struct CellBody {
 // error line, as a malformed BOARD line does.
 CellBody readCellBody();
 
-// Reads and drops the "x,y" lines of a command that is not available, up to
-// the first other line, so that no body line runs as a command.
-void skipCellBody();
-
 }  // namespace zorva

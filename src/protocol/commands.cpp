@@ -5,7 +5,6 @@
 
 #include "protocol/analysis_commands.h"
 #include "protocol/block_commands.h"
-#include "protocol/cell_body.h"
 #include "protocol/database_commands.h"
 #include "protocol/engine_state.h"
 #include "protocol/game.h"
@@ -17,6 +16,7 @@
 #include "protocol/rules_commands.h"
 #include "protocol/scan.h"
 #include "protocol/settings.h"
+#include "protocol/soosorv_commands.h"
 #include "protocol/think_thread.h"
 #include "search/searcher.h"
 #include "search/tt.h"
@@ -206,12 +206,9 @@ int cmdShowInfo(const char*) {
   return kGoOn;
 }
 
-enum Body : bool { kOneLine = false, kCellLines = true };
-
 struct Command {
   const char* keyword;
-  int (*run)(const char* args);  // null: known keyword whose command is not available
-  Body body = kOneLine;          // what an unavailable command must still read
+  int (*run)(const char* args);
 };
 
 // Tested in this order, first match wins: a keyword must come before every
@@ -257,10 +254,10 @@ constexpr Command kCommands[] = {
     {"zvswap2step3", cmdSwap2Step3},
     {"zvsoosorvstep1", cmdSoosorvStep1},
     {"zvsoosorvstep2", cmdSoosorvStep2},
-    {"zvsoosorvstep3", nullptr, kCellLines},
-    {"zvsoosorvstep4", nullptr, kCellLines},
-    {"zvsoosorvstep5", nullptr, kCellLines},
-    {"zvsoosorvstep6", nullptr, kCellLines},
+    {"zvsoosorvstep3", cmdSoosorvStep3},
+    {"zvsoosorvstep4", cmdSoosorvStep4},
+    {"zvsoosorvstep5", cmdSoosorvStep5},
+    {"zvsoosorvstep6", cmdSoosorvStep6},
     {"zvdraw", cmdDraw},
     {"zvresign", cmdResign},
     {"zvpass", cmdPass},
@@ -288,11 +285,7 @@ const char* matchCommand(const char* keyword, const char* line) {
 
 int handleCommand() {
   for (const Command& command : kCommands)
-    if (const char* args = matchCommand(command.keyword, engine.inputLine)) {
-      if (command.run) return command.run(args);
-      if (command.body == kCellLines) skipCellBody();
-      break;
-    }
+    if (const char* args = matchCommand(command.keyword, engine.inputLine)) return command.run(args);
   sendLine(reply::kUnknownCommand);
   return kGoOn;
 }

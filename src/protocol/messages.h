@@ -98,6 +98,22 @@ inline constexpr char kNo[] = "NO";
 inline constexpr char kSoosorvOpening[] = "MESSAGE SOOSORV MOVE%d %d %d";
 inline constexpr char kSoosorvFirst[] = "MESSAGE SOOSORV SWAP1 %s";
 inline constexpr char kIllegalOpening[] = "MESSAGE Illegal opening!";
+// The fourth stone from the database with its count of fifth-move offers,
+// or word that the database has none; whether to swap for that many offers.
+inline constexpr char kSoosorvFourth[] = "MESSAGE SOOSORV MOVE4 %d %d %d";
+inline constexpr char kSoosorvNoFourth[] = "MESSAGE SOOSORV no fourth move in the database";
+inline constexpr char kSoosorvSecond[] = "MESSAGE SOOSORV SWAP2 %s";
+inline constexpr char kErrorOfferCount[] = "ERROR zvsoosorvstep4 needs the number of fifth moves offered";
+// The fifth moves offered, between a head and an end line; the one chosen.
+inline constexpr char kSoosorvOffersBegin[] = "MESSAGE SOOSORV MOVE5 REFRESH";
+inline constexpr char kSoosorvOffer[] = "MESSAGE SOOSORV MOVE5 %d %d";
+inline constexpr char kSoosorvOffersEnd[] = "MESSAGE SOOSORV MOVE5 DONE";
+inline constexpr char kSoosorvChoice[] = "MESSAGE SOOSORV MOVE5C %d %d";
+// A count or candidate list that breaks the rule; stones that are no game;
+// fewer distinct usable cells than offers asked for.
+inline constexpr char kIllegalFifthSet[] = "MESSAGE Illegal 5-move set";
+inline constexpr char kIllegalSequence[] = "MESSAGE Illegal move sequence!";
+inline constexpr char kUnexpectedError[] = "MESSAGE Unexpected error!";
 
 inline constexpr char kForbidHead[] = "FORBID ";
 inline constexpr char kForbidCell[] = "%02d%02d";

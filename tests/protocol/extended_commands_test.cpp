@@ -75,7 +75,7 @@ TEST(TranscriptExtended, RepliesAndSilences) {
       // Every body is read by its own command: none of these lines ends the program or is unknown.
       {"zvhashload\nend\nzvhashdump\nend-of-nothing\nzvblock\n7,7\nDONE\nzvblockpath\n7,7\n8,8\nDONE\n"
        "zvsoosorvstep4 2\n7,7\n8,8\nDONE\nABOUT\n",
-       {"MESSAGE Hash table is empty: no game has started; end-of-nothing not written", "UNKNOWN command", kAbout}},
+       {"MESSAGE Hash table is empty: no game has started; end-of-nothing not written", kAbout}},
       {"zvblock\n7,7\n22,0\n3,-1\nfoo\nABOUT\n",
        {"ERROR cell [22,0] outside 0..21", "ERROR cell [3,-1] outside 0..21", "ERROR x,y or DONE expected", kAbout}},
       // Bad declarations change nothing; a removed declaration leaves the rules to judge the cell.

@@ -96,6 +96,46 @@ TEST(RefereeGame, FiveWinsAndEachEngineHearsTheGameAsAManagerTellsIt) {
   EXPECT_EQ(black.back(), "END");
 }
 
+// Engine 1 is the plan's black (A), engine 2 answers the second step (B).
+TEST(RefereeGame, Swap2AnswersSetTheOpeningAndTheColours) {
+  const struct {
+    const char* book;
+    const char* answersA;
+    const char* answersB;
+    const char* stones;
+    int black;
+  } cases[] = {
+      {"", "", "--swap2 x/stay/x", "d4f3h3", 0},
+      {"", "", "--swap2 x/swap/x", "d4f3h3", 1},
+      {"", "--swap2 '3,3 5,2 7,2/x/swap'", "--swap2 \"x/9,9 10,10/x\"", "d4f3h3j10k11", 0},
+      {"a1b1c1d1", "--swap2 '3,3 5,2 7,2/x/stay'", "--swap2 \"x/9,9 10,10/x\"", "a1b1c1j10k11", 1},
+  };
+  for (const auto& c : cases) {
+    TempLog logA("swap2a"), logB("swap2b");
+    MatchConfig config = configFor(std::string(c.answersA) + " --log " + logA.path,
+                                   std::string(c.answersB) + " --log " + logB.path);
+    config.swap2 = true;
+    GameResult r = playGame(config, opening(c.book), 0, 0);
+    EXPECT_EQ(cellsName(r.opening.stones), c.stones) << c.answersB;
+    EXPECT_EQ(r.black, c.black) << c.answersB;
+    EXPECT_NE(r.reason, Reason::Garbage) << r.detail;
+    const std::vector<std::string> a = readLog(logA.path), b = readLog(logB.path);
+    EXPECT_EQ(std::count(a.begin(), a.end(), "zvswap2step1"), *c.book ? 0 : 1) << c.answersB;
+    EXPECT_EQ(std::count(a.begin(), a.end(), "zvswap2step3"), r.opening.stones.size() == 5 ? 1 : 0);
+    // B hears the three stones from white's side, then starts over for the game.
+    const std::string first = cellsName(r.opening.stones).substr(0, 2) == "d4" ? "3,3,2" : "0,0,2";
+    EXPECT_EQ(slice(b, "zvboard", 2), (std::vector<std::string>{"zvboard", first}));
+    EXPECT_EQ(slice(b, "zvswap2step2", 2), (std::vector<std::string>{"zvswap2step2", "RESTART"}));
+  }
+  // A fourth stone on a stone loses for B before the game begins.
+  MatchConfig config = configFor("", "--swap2 \"x/3,3 10,10/x\"");
+  config.swap2 = true;
+  GameResult r = playGame(config, Opening{}, 0, 0);
+  EXPECT_EQ(r.winner, 0);
+  EXPECT_EQ(r.reason, Reason::Occupied);
+  EXPECT_TRUE(r.moves.empty());
+}
+
 TEST(RefereeGame, IllegalAnswersLose) {
   const std::pair<const char*, Reason> cases[] = {
       {"occupied", Reason::Occupied}, {"offboard", Reason::OffBoard}, {"garbage", Reason::Garbage}};

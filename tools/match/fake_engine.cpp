@@ -11,6 +11,9 @@
 //   --end exit|hang        hang: ignore END and the end of input
 //   --chatter 1            informational lines before each move
 //   --log FILE             append every line received to FILE
+//   --swap2 S1/S2/S3       Swap2 answers: S1 the three stones of step 1
+//                          ("x,y x,y x,y"); S2 "swap", "stay" or the fourth
+//                          and fifth stones ("x,y x,y"); S3 "swap" or "stay"
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -37,6 +40,7 @@ struct Fake {
   std::string start = "ok", end = "exit";
   bool chatter = false;
   std::ofstream log;
+  std::string swap2[3] = {"3,3 5,2 7,2", "stay", "stay"};
 
   int width = 0, height = 0;
   std::vector<int> cells;  // 0 empty, else occupied
@@ -93,6 +97,27 @@ struct Fake {
     std::cout << "MESSAGE no free cell" << std::endl;
   }
 
+  // "x,y x,y ..." as "MESSAGE SWAP2 MOVE<n> x y" lines, numbered from `first`.
+  void swap2Stones(const std::string& cells, int first) {
+    std::istringstream in(cells);
+    std::string m;
+    int x, y;
+    while (in >> m)
+      if (std::sscanf(m.c_str(), "%d,%d", &x, &y) == 2)
+        std::cout << "MESSAGE SWAP2 MOVE" << first++ << " " << x << " " << y << std::endl;
+  }
+
+  void swap2Answer(int step) {
+    if (step < 1 || step > 3) return;
+    const std::string& a = swap2[step - 1];
+    if (step == 1)
+      swap2Stones(a, 1);
+    else if (a == "swap" || a == "stay")
+      std::cout << "MESSAGE SWAP2 SWAP" << step - 1 << " " << (a == "swap" ? "YES" : "NO") << std::endl;
+    else
+      swap2Stones(a, 4);
+  }
+
   // Returns false at END.
   bool handle(const std::string& line) {
     if (log.is_open()) log << line << std::endl;
@@ -111,6 +136,11 @@ struct Fake {
         newBoard(a, b);
       }
       std::cout << "OK" << std::endl;
+    } else if (line == "RESTART") {
+      newBoard(width, height);
+      std::cout << "OK" << std::endl;
+    } else if (line.rfind("zvswap2step", 0) == 0) {
+      swap2Answer(std::atoi(line.c_str() + 11));
     } else if (line == "BEGIN") {
       move();
     } else if (line.rfind("TURN ", 0) == 0 && std::sscanf(line.c_str() + 5, "%d,%d", &a, &b) == 2) {
@@ -156,6 +186,9 @@ int main(int argc, char** argv) {
       f.chatter = value == "1";
     } else if (opt == "--log") {
       f.log.open(value, std::ios::app);
+    } else if (opt == "--swap2") {
+      std::istringstream in(value);
+      for (std::string& answer : f.swap2) std::getline(in, answer, '/');
     }
   }
   std::string line;

@@ -57,7 +57,8 @@ int main(int argc, char** argv) {
             << (options.sprt ? "at most " : "") << options.games << " games, rule " << int(config.rule) << " ("
             << ruleNames[int(config.rule)] << "), board " << config.width << "x" << config.height << ", turn " << config.turnMs << " ms, match "
             << (config.matchMs ? std::to_string(config.matchMs) + " ms" : std::string("unlimited"))
-            << ", increment " << config.incrementMs << " ms, tolerance " << config.toleranceMs << " ms\n"
+            << ", increment " << config.incrementMs << " ms, tolerance " << config.toleranceMs << " ms"
+            << (config.swap2 ? ", Swap2 openings" : "") << "\n"
             << std::flush;
   std::optional<Sprt> sprt;
   if (options.sprt) sprt.emplace(*options.sprt);

@@ -1,6 +1,7 @@
 #include "match/match.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <atomic>
 #include <cctype>
 #include <mutex>
@@ -85,7 +86,7 @@ class Game {
   }
 
   GameResult play() {
-    if (startEngines()) {
+    if (startEngines() && (!cfg_.swap2 || negotiateSwap2())) {
       while (!over_ && !stopped()) move();
     }
     result_.abandoned = !over_;
@@ -180,6 +181,151 @@ class Game {
       }
     }
     return true;
+  }
+
+  // The Swap2 steps' decisions are not charged to the clocks; a decision may
+  // take a budget for the swap and one for the stones it adds.
+  static constexpr int kSwap2Stones = 3;
+  static constexpr int kSwap2Budgets = 2;
+
+  // Sends the requests and reads until a "MESSAGE SWAP2 " line comes; its
+  // words after that prefix. False when the game ended on the way.
+  bool askSwap2(int e, std::vector<std::string> lines, int budgets, std::string& words) {
+    drain(e);
+    if (cfg_.matchMs > 0) lines.insert(lines.begin(), "INFO time_left " + std::to_string(std::max(clock_[e], 0)));
+    for (const std::string& line : lines) {
+      if (!send(e, line)) {
+        crashed(e);
+        return false;
+      }
+    }
+    return readSwap2(e, budgets, words);
+  }
+
+  bool readSwap2(int e, int budgets, std::string& words) {
+    const int limit = budgets * cfg_.turnMs;
+    const auto asked = Clock::now(), deadline = asked + milliseconds(limit + cfg_.toleranceMs);
+    const std::string prefix = "MESSAGE SWAP2 ";
+    for (std::string line;;) {
+      auto got = engine_[e].readLine(line, deadline);
+      result_.maxLatencyMs[e] = std::max(result_.maxLatencyMs[e], elapsedMs(asked));
+      if (got == EngineProcess::Read::Timeout) {
+        unresponsive_[e] = true;
+        lose(e, Reason::TurnTime, cfg_.name[e] + " gave no Swap2 answer within " + std::to_string(limit) + " ms");
+        return false;
+      }
+      if (got == EngineProcess::Read::Closed) {
+        crashed(e);
+        return false;
+      }
+      trace(e, ">", line);
+      if (line.rfind(prefix, 0) == 0) {
+        words = line.substr(prefix.size());
+        return true;
+      }
+    }
+  }
+
+  // "MOVE<n> x y": the stone placed on the board; false, and the engine
+  // loses, when the answer is another or the cell is not free.
+  bool placeSwap2Stone(int e, const std::string& words, int n) {
+    int k = 0, x = 0, y = 0;
+    char tail = 0;
+    if (std::sscanf(words.c_str(), "MOVE%d %d %d%c", &k, &x, &y, &tail) != 3 || k != n) {
+      lose(e, Reason::Garbage, cfg_.name[e] + " answered \"MESSAGE SWAP2 " + words.substr(0, 80) + "\"");
+      return false;
+    }
+    const std::string placed = cfg_.name[e] + " placed " + std::to_string(x) + "," + std::to_string(y);
+    if (!board_.inside(x, y)) {
+      lose(e, Reason::OffBoard, placed);
+      return false;
+    }
+    if (board_.at(x, y) != kEmpty) {
+      lose(e, Reason::Occupied, placed + " (" + cellName({x, y}) + ")");
+      return false;
+    }
+    board_.set(x, y, board_.toMove());
+    result_.opening.stones.push_back({x, y});
+    return true;
+  }
+
+  // The stones so far as zvboard lines, then the step's command.
+  std::vector<std::string> swap2Position(const char* step) {
+    std::vector<std::string> lines = {"zvboard"};
+    const Stone own = board_.toMove();
+    Stone s = kBlack;
+    for (const Cell& c : result_.opening.stones) {
+      lines.push_back(std::to_string(c.x) + "," + std::to_string(c.y) + "," + (s == own ? "1" : "2"));
+      s = other(s);
+    }
+    lines.push_back("DONE");
+    lines.push_back(step);
+    return lines;
+  }
+
+  // A's three stones: the book's, or its own.
+  bool swap2Opening(int a) {
+    std::vector<Cell> book = result_.opening.stones;
+    board_ = Board(cfg_.width, cfg_.height);
+    result_.opening.stones.clear();
+    if (book.size() >= size_t(kSwap2Stones)) {
+      for (int i = 0; i < kSwap2Stones; ++i) {
+        board_.set(book[size_t(i)].x, book[size_t(i)].y, board_.toMove());
+        result_.opening.stones.push_back(book[size_t(i)]);
+      }
+      return true;
+    }
+    std::string words;
+    for (int n = 1; n <= kSwap2Stones; ++n) {
+      const bool asked = n == 1 ? askSwap2(a, {"zvswap2step1"}, 1, words) : readSwap2(a, 1, words);
+      if (!asked || !placeSwap2Stone(a, words, n)) return false;
+    }
+    return true;
+  }
+
+  // Runs the Swap2 steps and sets the colours; both engines then start over
+  // on an empty board and get the agreed stones with their first request.
+  bool negotiateSwap2() {
+    const int a = result_.black, b = 1 - a;
+    std::string words;
+    if (!swap2Opening(a) || !askSwap2(b, swap2Position("zvswap2step2"), kSwap2Budgets, words)) return false;
+    if (words == "SWAP1 YES" || words == "SWAP1 NO") {
+      result_.black = words == "SWAP1 YES" ? b : a;
+    } else {
+      if (!placeSwap2Stone(b, words, 4) || !readSwap2(b, kSwap2Budgets, words) || !placeSwap2Stone(b, words, 5))
+        return false;
+      if (!askSwap2(a, swap2Position("zvswap2step3"), 1, words)) return false;
+      if (words != "SWAP2 YES" && words != "SWAP2 NO") {
+        lose(a, Reason::Garbage, cfg_.name[a] + " answered \"MESSAGE SWAP2 " + words.substr(0, 80) + "\"");
+        return false;
+      }
+      result_.black = words == "SWAP2 YES" ? a : b;
+    }
+    return restart(a) && restart(b);
+  }
+
+  // RESTART and its OK, so that the game's first request finds an empty board.
+  bool restart(int e) {
+    drain(e);
+    if (!send(e, "RESTART")) {
+      crashed(e);
+      return false;
+    }
+    const auto deadline = Clock::now() + milliseconds(cfg_.startMs);
+    for (std::string line;;) {
+      auto got = engine_[e].readLine(line, deadline);
+      if (got == EngineProcess::Read::Timeout) {
+        unresponsive_[e] = true;
+        lose(e, Reason::NoStart, cfg_.name[e] + " gave no OK within " + std::to_string(cfg_.startMs) + " ms of RESTART");
+        return false;
+      }
+      if (got == EngineProcess::Read::Closed) {
+        crashed(e);
+        return false;
+      }
+      trace(e, ">", line);
+      if (startsWithNoCase(line, "OK")) return true;
+    }
   }
 
   // Lines that arrived while the engine was not asked anything; reading them

@@ -27,6 +27,10 @@ struct MatchConfig {
   int endMs = 1000;                       // for the engine to exit after END, then it is killed
   std::vector<std::string> extraInfo;     // "key value" pairs sent as INFO after the standard ones
   bool keepStderr = false;
+  // Swap2: the plan's black engine (A) places three stones, or the book's
+  // first three are taken; the other (B) swaps, stays, or adds a fourth and
+  // a fifth stone for A to choose the colour. The colours then follow.
+  bool swap2 = false;
   // Receives every protocol line sent and received, and the lines that were
   // ignored; called from the game's thread.
   std::function<void(const std::string&)> trace;
@@ -49,7 +53,7 @@ const char* reasonName(Reason r);
 struct GameResult {
   int index = 0;                  // game number, from 0
   int black = 0;                  // which engine (0 or 1) played black
-  Opening opening;
+  Opening opening;                // with --swap2, the stones the engines agreed on
   std::vector<Cell> moves;        // played after the opening; a forbidden move is the last one
   int winner = -1;                // engine index, -1 for a draw
   Reason reason = Reason::BoardFull;
@@ -59,7 +63,8 @@ struct GameResult {
   bool abandoned = false;         // stopped undecided; winner and reason mean nothing
 };
 
-// Plays one game from the opening; engine `black` (0 or 1) plays black. Once
+// Plays one game from the opening; engine `black` (0 or 1) plays black, or
+// under Swap2 places the first three stones and the colours follow. Once
 // `stop` is set the game is abandoned after the answer being awaited, and
 // both engines get END as after any game.
 GameResult playGame(const MatchConfig& config, const Opening& opening, int black, int index,

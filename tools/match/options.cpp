@@ -50,6 +50,10 @@ std::string parseOptions(int argc, const char* const* argv, Options& out) {
       c.keepStderr = true;
       continue;
     }
+    if (opt == "--swap2") {
+      c.swap2 = true;
+      continue;
+    }
     if (i + 1 >= argc) return opt + " needs a value (see --help)";
     std::string value = argv[++i];
     auto number = [&](long long lo, long long hi, auto& target) -> std::string {
@@ -150,6 +154,12 @@ on standard input and output, and referees them.
   --openings FILE                opening book, one opening a line ("h8i9": letter
                                  = x from a, number = y + 1); none: empty board
   --seed S                       shuffle the openings with seed S (file order)
+  --swap2                        negotiate each opening by Swap2: the engine the
+                                 plan makes black places three stones (or the
+                                 book's first three are used), the other answers
+                                 zvswap2step2 (swap, stay, or add two stones for
+                                 the first to choose with zvswap2step3); the
+                                 colours follow from the answers
   --rule 0|1|2                   freestyle, exactly five, Renju (0)
   --size N                       square board, START N (15)
   --width W --height H           rectangular board, RECTSTART W,H; x < H, y < W
