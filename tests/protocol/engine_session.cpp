@@ -77,9 +77,19 @@ std::optional<std::string> EngineSession::readAnswer(int timeoutMs) {
 int EngineSession::waitExit(int timeoutMs) {
   const long long deadline = nowMs() + timeoutMs;
   int status = 0;
+  bool open = true;
   while (waitpid(pid_, &status, WNOHANG) == 0) {
     if (nowMs() > deadline) return -1;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    // Keep reading, as a manager does: an engine blocked on a full pipe never ends.
+    pollfd fd{fromEngine_, POLLIN, 0};
+    if (!open || poll(&fd, 1, 1) <= 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      continue;
+    }
+    char buffer[4096];
+    const ssize_t n = read(fromEngine_, buffer, sizeof buffer);
+    if (n > 0) pending_.append(buffer, size_t(n));
+    open = n > 0;
   }
   pid_ = -1;
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;

@@ -27,7 +27,8 @@ class EngineSession {
   std::optional<std::string> readLine(int timeoutMs);
   // The next line that is not a MESSAGE line.
   std::optional<std::string> readAnswer(int timeoutMs);
-  // Waits up to `timeoutMs` for the process to end; its exit status, or -1.
+  // Waits up to `timeoutMs` for the process to end, reading what it still
+  // writes (kept for readLine); its exit status, or -1.
   int waitExit(int timeoutMs);
 
  private:
