@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "analysis/threat_proof.h"
 #include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/parallel.h"
 #include "search/search.h"
 #include "search/searcher.h"
+#include "search/threat_solver.h"
 #include "search/vct.h"
 
 namespace zorva {
@@ -20,6 +20,7 @@ namespace {
 // narrower threes miss.
 constexpr int kThreatNodes = 200000;
 constexpr int kThreatThrees = 8;
+constexpr int kProofLevel = 3;
 constexpr int kProofThreats = 3;
 constexpr int64_t kProofNodes = 3000000;
 constexpr int kBalanceShare = 16;
@@ -30,7 +31,7 @@ Searcher& analysisSearcher() { return searcher(0); }
 
 void EngineAnalysis::prepare() {
   turn_.prepare();
-  clearThreatProofs();
+  clearSolverMemo();
 }
 
 Board& EngineAnalysis::board() { return analysisSearcher().board; }
@@ -62,7 +63,9 @@ DecisionResult EngineAnalysis::searchDecision() {
 
 int EngineAnalysis::threatWinPlies(Colour side) {
   const int plies = vctPlies(analysisSearcher(), side, kThreatNodes, kThreatThrees, nullptr);
-  return plies >= 0 ? plies : threatProofPlies(analysisSearcher(), side, kProofThreats, kProofNodes);
+  if (plies >= 0) return plies;
+  ThreatSolver proof(analysisSearcher(), kProofLevel, {kProofNodes, kProofThreats, kMaxStones});
+  return proof.attack(side, nullptr);
 }
 
 bool EngineAnalysis::aborted() { return engine.searchAborted != 0; }
