@@ -23,6 +23,12 @@ constexpr int kThreatThrees = 8;
 constexpr int kProofLevel = 3;
 constexpr int kProofThreats = 3;
 constexpr int64_t kProofNodes = 3000000;
+// The same judgement by level 1 or 2 of the threat solvers: the narrow
+// level may follow long chains, the wider one fewer threats.
+constexpr SolverLimits kJudgeLimits[] = {
+    {kThreatNodes, kThreatThrees, kMaxStones},
+    {kProofNodes, kProofThreats, kMaxStones},
+};
 constexpr int kBalanceShare = 16;
 constexpr int kSwapPairShare = 4;
 
@@ -61,7 +67,11 @@ DecisionResult EngineAnalysis::searchDecision() {
   return {value, engine.think.currentDepth};
 }
 
-int EngineAnalysis::threatWinPlies(Colour side) {
+int EngineAnalysis::threatWinPlies(Colour side, int level) {
+  if (level > 0) {
+    ThreatSolver solver(analysisSearcher(), level, kJudgeLimits[std::min(level, 2) - 1]);
+    return solver.attack(side, nullptr);
+  }
   const int plies = vctPlies(analysisSearcher(), side, kThreatNodes, kThreatThrees, nullptr);
   if (plies >= 0) return plies;
   ThreatSolver proof(analysisSearcher(), kProofLevel, {kProofNodes, kProofThreats, kMaxStones});

@@ -13,6 +13,7 @@
 #include "search/searcher.h"
 #include "search/threat_solver.h"
 #include "search/tt.h"
+#include "search/vcf.h"
 
 namespace zorva {
 
@@ -85,6 +86,16 @@ int32_t checkmateRoot(Searcher& s, int level, int depth, Colour side) {
   // Levels 2 and 4 first ask the faster level below them, whose wins they
   // would find more slowly.
   int plies = -1;
+  // Fours first, by the family's fours solver: they need no threat at all.
+  Move four = kNoMove;
+  if (s.board.threat(opponent(side), kFiveClass).empty() && (plies = vcfPlies(s, side, &four)) >= 0 &&
+      usable(s.board, four, side)) {
+    t.bestMove = four;
+    s.pv[0][0] = four;
+    s.pvLength[0] = 1;
+    return kWin + depth - plies;
+  }
+  plies = -1;
   if (level == 2 || level == 4) plies = proveRoot(s, level - 1, depth, side, false);
   if (plies < 0 && !engine.searchAborted) plies = proveRoot(s, level, depth, side, realtime);
   if (plies >= 0) return kWin + depth - plies;

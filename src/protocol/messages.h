@@ -79,10 +79,14 @@ inline constexpr char kBalanceTwoFinal[] =
 // N-best and search-defend, one line per move: rank, depth, value, the move,
 // ms and millions of nodes when its search ended.
 inline constexpr char kNBestLine[] = "MESSAGE DETAIL (NBEST) RANK:%d DEPTH:%d VAL:%d [%c,%d] TIME:%ldms NODE:%dm";
+// Search-defend names its variant after the word: nothing for the
+// threat-based one, the solver level for the ones built on the threat solvers.
 inline constexpr char kDefendLine[] =
-    "MESSAGE DETAIL (SearchDefend) RANK:%d DEPTH:%d VAL:%d [%c,%d] TIME:%ldms NODE:%dm";
+    "MESSAGE DETAIL (SearchDefend%s) RANK:%d DEPTH:%d VAL:%d [%c,%d] TIME:%ldms NODE:%dm";
 // No move holds: the one that loses last, with the plies from it to the opponent's five.
-inline constexpr char kDefendNone[] = "MESSAGE DETAIL (SearchDefend) NONE DEPTH:%d LOSS:%d [%c,%d] TIME:%ldms NODE:%dm";
+inline constexpr char kDefendNone[] =
+    "MESSAGE DETAIL (SearchDefend%s) NONE DEPTH:%d LOSS:%d [%c,%d] TIME:%ldms NODE:%dm";
+inline constexpr const char* kDefendVariants[] = {"", "1", "2"};
 inline constexpr char kErrorNBestCount[] = "ERROR zvnbest needs a count of at least 1";
 
 // The opening rules. Swap2: the three stones of the opening, then the
