@@ -16,8 +16,9 @@ struct Searcher;
 int checkmateLevel(int32_t setting);
 
 // The root search of a level: the solver's threats of the side to move,
-// each proved or refuted against every answer, with at most depth - 1
-// threats that are not fours. Writes bestMove and the principal variation
+// each proved or refuted against every answer, with at most `depth`
+// threats that are not fours (fours are free, so depth 1 finds every win
+// by fours, and a win by one three). Writes bestMove and the principal variation
 // as the turn's root does and prints its REALTIME lines; returns a win
 // value (kWin + depth - plies), else the static evaluation, or 0 when
 // stopped before a win was found.

@@ -36,12 +36,13 @@ Move fallbackMove(Searcher& s, Colour side) {
   return moves[0].move;
 }
 
-// Proves or refutes the root moves of `level` in turn; the first win ends
-// the search. Plies from the root to the five, or -1.
-int proveRoot(Searcher& s, int level, int depth, Colour side, bool realtime) {
+// Proves or refutes the root moves of `level` in turn, with `threats` that
+// are not fours; the first win ends the search. Plies from the root to the
+// five, or -1.
+int proveRoot(Searcher& s, int level, int threats, Colour side, bool realtime) {
   ThinkState& t = engine.think;
   Board& b = s.board;
-  ThreatSolver run(s, level, {kNoNodeLimit, depth - 1, kMaxStones});
+  ThreatSolver run(s, level, {kNoNodeLimit, threats, kMaxStones});
   Move moves[kMaxStones];
   const int count = run.attackerMoves(side, moves);
   const bool forced = b.threat(side, kFiveClass).empty() && !b.threat(opponent(side), kFiveClass).empty();
@@ -53,9 +54,9 @@ int proveRoot(Searcher& s, int level, int depth, Colour side, bool realtime) {
     int plies = 1;
     if (!b.threat(side, kFiveClass).contains(m)) {
       // A four, or the block of the opponent's four, costs no threat.
-      const int threats = run.isFour(side, m) || forced ? depth - 1 : depth - 2;
+      const int left = run.isFour(side, m) || forced ? threats : threats - 1;
       b.placeStone<Update::Light>(m, side);
-      const int rest = run.afterThreat(side, threats);
+      const int rest = run.afterThreat(side, left);
       b.removeStone<Update::Light>(m);
       plies = rest < 0 ? -1 : rest + 1;
     }
@@ -84,7 +85,8 @@ int32_t checkmateRoot(Searcher& s, int level, int depth, Colour side) {
   if (t.bestMove == kNoMove) t.bestMove = fallbackMove(s, side);
   const bool realtime = depth >= kRealtimeDepth && engine.settings.showDetail && !engine.ponderActive;
   // Levels 2 and 4 first ask the faster level below them, whose wins they
-  // would find more slowly.
+  // would find more slowly; level 4's quiet moves, the costliest threats,
+  // lag a depth behind so that level 3's deeper wins come no later.
   int plies = -1;
   // Fours first, by the family's fours solver: they need no threat at all.
   Move four = kNoMove;
@@ -97,7 +99,7 @@ int32_t checkmateRoot(Searcher& s, int level, int depth, Colour side) {
   }
   plies = -1;
   if (level == 2 || level == 4) plies = proveRoot(s, level - 1, depth, side, false);
-  if (plies < 0 && !engine.searchAborted) plies = proveRoot(s, level, depth, side, realtime);
+  if (plies < 0 && !engine.searchAborted) plies = proveRoot(s, level, level == 4 ? depth - 1 : depth, side, realtime);
   if (plies >= 0) return kWin + depth - plies;
   if (engine.searchAborted) return 0;
   if (t.bestMove != kNoMove) {

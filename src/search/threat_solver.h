@@ -49,7 +49,6 @@ class ThreatSolver {
   int attackerMoves(Colour attacker, Move* out);
   // A four of the attacker's costs no threat.
   bool isFour(Colour attacker, Move m) const;
-  int threats() const { return threats_; }
   // The node budget ran out: a -1 of this run proves nothing at all.
   bool truncated() const { return truncated_; }
 
