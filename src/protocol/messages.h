@@ -64,6 +64,13 @@ inline constexpr char kRefusedMemory[] = "no memory to read it into";
 
 // Progress lines of the search.
 inline constexpr char kRealtimePv[] = "MESSAGE REALTIME PV";
+// The root's lines per root move (row and column from 0) and per depth.
+inline constexpr char kRealtimeRefresh[] = "MESSAGE REALTIME REFRESH";
+inline constexpr char kRealtimePos[] = "MESSAGE REALTIME POS %d,%d";
+inline constexpr char kRealtimeDone[] = "MESSAGE REALTIME DONE %d,%d";
+inline constexpr char kRealtimeLose[] = "MESSAGE REALTIME LOSE %d,%d";
+inline constexpr char kRealtimeBest[] = "MESSAGE REALTIME BEST %d,%d";
+inline constexpr char kRealtimeVal[] = "MESSAGE REALTIME VAL %d";
 inline constexpr char kRealtimePvCell[] = " %d,%d";
 
 // The analysis jobs. Balance: depth counted with the candidate's stones, the

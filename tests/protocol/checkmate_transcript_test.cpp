@@ -133,7 +133,7 @@ TEST(TranscriptCheckmate, AStopDropsTheIterationThatFoundNothing) {
   engine.send("INFO checkmate 4");
   // White has defences here and no win; level 4's iterations grow fast.
   sendBoard(engine, "ejfgfkfmghhh", kWinWhite);
-  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  std::this_thread::sleep_for(std::chrono::milliseconds(500 * kSlack));
   engine.send("zvstop");
   const std::vector<std::string> lines = untilMove(engine);
   ASSERT_FALSE(lines.empty());
