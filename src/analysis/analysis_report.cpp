@@ -55,14 +55,14 @@ void ProtocolReporter::defence(std::span<const RankedMove> holding) {
   int rank = 0;
   for (const RankedMove& m : holding) {
     const LetterCell c = letterCell(m.move, height_);
-    sendLine(reply::kDefendLine, ++rank, m.depth, displayedValue(m.value, m.depth, false), c.letter, c.number,
+    sendLine(reply::kDefendLine, reply::kDefendVariants[defendVariant_], ++rank, m.depth, displayedValue(m.value, m.depth, false), c.letter, c.number,
              long(m.elapsedMs), millions(m.nodes));
   }
 }
 
 void ProtocolReporter::noDefence(const RankedMove& longest, int lossPlies) {
   const LetterCell c = letterCell(longest.move, height_);
-  sendLine(reply::kDefendNone, longest.depth, lossPlies, c.letter, c.number, long(longest.elapsedMs),
+  sendLine(reply::kDefendNone, reply::kDefendVariants[defendVariant_], longest.depth, lossPlies, c.letter, c.number, long(longest.elapsedMs),
            millions(longest.nodes));
 }
 

@@ -46,7 +46,10 @@ class AnalysisReporter {
 // opening rules' answers as row and column.
 class ProtocolReporter : public AnalysisReporter, public SoosorvReporter {
  public:
-  explicit ProtocolReporter(int boardHeight) : height_(boardHeight) {}
+  // `defendVariant`: 0 for the threat-based search-defend, else the solver
+  // level its variant is built on (1 or 2).
+  explicit ProtocolReporter(int boardHeight, int defendVariant = 0)
+      : height_(boardHeight), defendVariant_(defendVariant) {}
   void balance(const Progress& p, int32_t offset, int32_t score, std::span<const Move> stones, bool final) override;
   void nbest(std::span<const RankedMove> moves) override;
   void defence(std::span<const RankedMove> holding) override;
@@ -59,6 +62,7 @@ class ProtocolReporter : public AnalysisReporter, public SoosorvReporter {
 
  private:
   int height_;
+  int defendVariant_;
 };
 
 }  // namespace zorva

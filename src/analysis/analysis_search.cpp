@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "analysis/threat_proof.h"
 #include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/parallel.h"
 #include "search/search.h"
 #include "search/searcher.h"
+#include "search/threat_solver.h"
 #include "search/vct.h"
 
 namespace zorva {
@@ -20,8 +20,15 @@ namespace {
 // narrower threes miss.
 constexpr int kThreatNodes = 200000;
 constexpr int kThreatThrees = 8;
+constexpr int kProofLevel = 3;
 constexpr int kProofThreats = 3;
 constexpr int64_t kProofNodes = 3000000;
+// The same judgement by level 1 or 2 of the threat solvers: the narrow
+// level may follow long chains, the wider one fewer threats.
+constexpr SolverLimits kJudgeLimits[] = {
+    {kThreatNodes, kThreatThrees, kMaxStones},
+    {kProofNodes, kProofThreats, kMaxStones},
+};
 constexpr int kBalanceShare = 16;
 constexpr int kSwapPairShare = 4;
 
@@ -30,7 +37,7 @@ Searcher& analysisSearcher() { return searcher(0); }
 
 void EngineAnalysis::prepare() {
   turn_.prepare();
-  clearThreatProofs();
+  clearSolverMemo();
 }
 
 Board& EngineAnalysis::board() { return analysisSearcher().board; }
@@ -60,9 +67,15 @@ DecisionResult EngineAnalysis::searchDecision() {
   return {value, engine.think.currentDepth};
 }
 
-int EngineAnalysis::threatWinPlies(Colour side) {
+int EngineAnalysis::threatWinPlies(Colour side, int level) {
+  if (level > 0) {
+    ThreatSolver solver(analysisSearcher(), level, kJudgeLimits[std::min(level, 2) - 1]);
+    return solver.attack(side, nullptr);
+  }
   const int plies = vctPlies(analysisSearcher(), side, kThreatNodes, kThreatThrees, nullptr);
-  return plies >= 0 ? plies : threatProofPlies(analysisSearcher(), side, kProofThreats, kProofNodes);
+  if (plies >= 0) return plies;
+  ThreatSolver proof(analysisSearcher(), kProofLevel, {kProofNodes, kProofThreats, kMaxStones});
+  return proof.attack(side, nullptr);
 }
 
 bool EngineAnalysis::aborted() { return engine.searchAborted != 0; }

@@ -42,8 +42,10 @@ class AnalysisSearch {
   // decision does: its own budget, the tables prepared, until a value is
   // proven or the budget is spent.
   virtual DecisionResult searchDecision() = 0;
-  // Plies before `side`, to move, makes five by continuous threats, or -1.
-  virtual int threatWinPlies(Colour side) = 0;
+  // Plies before `side`, to move, makes five by continuous threats, or -1:
+  // by the turn's threat search and the wide proof (`level` 0), or by that
+  // level of the threat solvers.
+  virtual int threatWinPlies(Colour side, int level) = 0;
   // Out of time or nodes, or asked to stop: the last values mean nothing.
   virtual bool aborted() = 0;
   // Adds the helper threads' node counts into the think state.
@@ -60,7 +62,7 @@ class EngineAnalysis : public AnalysisSearch {
   int32_t searchNode(int depth, int ply, int32_t alpha, int32_t beta, Colour side) override;
   RootResult searchRoot(int depth, Colour side, std::span<const Move> excluded, Move hint) override;
   DecisionResult searchDecision() override;
-  int threatWinPlies(Colour side) override;
+  int threatWinPlies(Colour side, int level) override;
   bool aborted() override;
   void mergeStatistics() override;
 

@@ -1,5 +1,7 @@
 #include "analysis/jobs.h"
 
+#include <cstdint>
+
 #include "analysis/analysis_report.h"
 #include "analysis/analysis_search.h"
 #include "analysis/balance.h"
@@ -13,7 +15,11 @@ namespace zorva {
 
 void runAnalysisJob(int mode) {
   EngineAnalysis search;
-  ProtocolReporter reporter(engine.board.height);
+  // checkmate 1 and 2 select the search-defend built on those solver
+  // levels; the unsigned test puts 0 with the large values on purpose.
+  const uint32_t solverLevel = uint32_t(int32_t(engine.settings.checkmate)) - 1;
+  const int defendLevel = solverLevel < 2 ? int(solverLevel) + 1 : 0;
+  ProtocolReporter reporter(engine.board.height, defendLevel);
   switch (mode) {
     case kModeBalanceOne:
       runBalance(search, reporter, 1, engine.balanceParam);
@@ -25,10 +31,7 @@ void runAnalysisJob(int mode) {
       runNBest(search, reporter, engine.nbestCount);
       break;
     case kModeSearchDefend:
-      // checkmate 1 and 2 select the checkmate family's defence, whose lines
-      // read "(SearchDefend" with a suffix; until that family is built every
-      // level runs this one, the threat-based defence.
-      runSearchDefend(search, reporter);
+      runSearchDefend(search, reporter, defendLevel);
       break;
     case kModeSwap2First:
       runSwap2First(search, reporter);

@@ -37,16 +37,16 @@ bool candidate(Board& b, Move m, Colour side) {
 }
 
 // Plies from `m` to the opponent's five when its threats win after it, else kHolds.
-int threatLoss(AnalysisSearch& search, Colour side, Move m) {
+int threatLoss(AnalysisSearch& search, Colour side, Move m, int level) {
   Board& b = search.board();
   const Colour other = opponent(side);
   b.placeStone(m, side);
-  const int plies = b.threat(other, kFiveClass).empty() ? search.threatWinPlies(other) : 0;
+  const int plies = b.threat(other, kFiveClass).empty() ? search.threatWinPlies(other, level) : 0;
   b.removeStone(m);
   return plies < 0 ? kHolds : plies + kFiveLoss;
 }
 
-void collect(AnalysisSearch& search, Colour side, Defences& list) {
+void collect(AnalysisSearch& search, Colour side, int level, Defences& list) {
   Board& b = search.board();
   list.count = 0;
   for (int row = 0; row < b.height; ++row)
@@ -54,7 +54,7 @@ void collect(AnalysisSearch& search, Colour side, Defences& list) {
       const Move m = makeMove(row, col);
       if (!candidate(b, m, side)) continue;
       const bool five = b.threat(side, kFiveClass).contains(m);
-      list.entries[list.count++] = {{m, 0, 0, 0, 0}, five ? kHolds : threatLoss(search, side, m), five};
+      list.entries[list.count++] = {{m, 0, 0, 0, 0}, five ? kHolds : threatLoss(search, side, m, level), five};
     }
 }
 
@@ -104,13 +104,13 @@ void report(AnalysisReporter& reporter, const Defences& list, int depth) {
 
 }  // namespace
 
-void runSearchDefend(AnalysisSearch& search, AnalysisReporter& reporter) {
+void runSearchDefend(AnalysisSearch& search, AnalysisReporter& reporter, int level) {
   startAnalysisClock(turnBudget(engine.settings));
   search.prepare();
   const Board& board = search.board();
   const Colour side = board.sideToMove();
   static Defences list;  // the think thread's only
-  collect(search, side, list);
+  collect(search, side, level, list);
   order(list);
   int last = 0;
   for (int depth = engine.settings.startDepth; list.holding > 0 && !stopBeforeDepth(board, depth, false); ++depth) {

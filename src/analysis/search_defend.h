@@ -11,6 +11,8 @@ namespace zorva {
 // sequences, then deepens over the moves that hold as a turn does, with
 // the turn's budget; a move the search proves lost stops holding. Reports
 // after each depth and at the end; when none holds, the move that loses last.
-void runSearchDefend(AnalysisSearch& search, AnalysisReporter& reporter);
+// `level` 0 judges the threats by the turn's threat search and the wide
+// proof; 1 or 2 by that level of the threat solvers.
+void runSearchDefend(AnalysisSearch& search, AnalysisReporter& reporter, int level);
 
 }  // namespace zorva

@@ -64,6 +64,13 @@ inline constexpr char kRefusedMemory[] = "no memory to read it into";
 
 // Progress lines of the search.
 inline constexpr char kRealtimePv[] = "MESSAGE REALTIME PV";
+// The root's lines per root move (row and column from 0) and per depth.
+inline constexpr char kRealtimeRefresh[] = "MESSAGE REALTIME REFRESH";
+inline constexpr char kRealtimePos[] = "MESSAGE REALTIME POS %d,%d";
+inline constexpr char kRealtimeDone[] = "MESSAGE REALTIME DONE %d,%d";
+inline constexpr char kRealtimeLose[] = "MESSAGE REALTIME LOSE %d,%d";
+inline constexpr char kRealtimeBest[] = "MESSAGE REALTIME BEST %d,%d";
+inline constexpr char kRealtimeVal[] = "MESSAGE REALTIME VAL %d";
 inline constexpr char kRealtimePvCell[] = " %d,%d";
 
 // The analysis jobs. Balance: depth counted with the candidate's stones, the
@@ -79,10 +86,14 @@ inline constexpr char kBalanceTwoFinal[] =
 // N-best and search-defend, one line per move: rank, depth, value, the move,
 // ms and millions of nodes when its search ended.
 inline constexpr char kNBestLine[] = "MESSAGE DETAIL (NBEST) RANK:%d DEPTH:%d VAL:%d [%c,%d] TIME:%ldms NODE:%dm";
+// Search-defend names its variant after the word: nothing for the
+// threat-based one, the solver level for the ones built on the threat solvers.
 inline constexpr char kDefendLine[] =
-    "MESSAGE DETAIL (SearchDefend) RANK:%d DEPTH:%d VAL:%d [%c,%d] TIME:%ldms NODE:%dm";
+    "MESSAGE DETAIL (SearchDefend%s) RANK:%d DEPTH:%d VAL:%d [%c,%d] TIME:%ldms NODE:%dm";
 // No move holds: the one that loses last, with the plies from it to the opponent's five.
-inline constexpr char kDefendNone[] = "MESSAGE DETAIL (SearchDefend) NONE DEPTH:%d LOSS:%d [%c,%d] TIME:%ldms NODE:%dm";
+inline constexpr char kDefendNone[] =
+    "MESSAGE DETAIL (SearchDefend%s) NONE DEPTH:%d LOSS:%d [%c,%d] TIME:%ldms NODE:%dm";
+inline constexpr const char* kDefendVariants[] = {"", "1", "2"};
 inline constexpr char kErrorNBestCount[] = "ERROR zvnbest needs a count of at least 1";
 
 // The opening rules. Swap2: the three stones of the opening, then the

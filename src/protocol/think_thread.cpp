@@ -4,6 +4,7 @@
 #include <mutex>
 #include <thread>
 
+#include "analysis/checkmate.h"
 #include "analysis/jobs.h"
 #include "protocol/engine_state.h"
 #include "protocol/game.h"
@@ -29,9 +30,10 @@ std::condition_variable idleCondition;
 // running job, so the job must neither read nor clear it later.
 int requestedMode = kModeTurn;
 
-// A turn plays the chosen move on the game board and answers with it.
-void playTurn() {
-  const Move move = chooseTurnMove();
+// A turn plays the chosen move on the game board and answers with it: the
+// search's, or in checkmate mode (the level read now) the solver's.
+void playTurn(bool checkmate) {
+  const Move move = checkmate ? chooseCheckmateMove() : chooseTurnMove();
   if (move == kNoMove) {
     playOwnMove(-1, -1);
     return;
@@ -47,11 +49,12 @@ bool requestPending() {
 }
 
 // After its move the engine keeps thinking on the opponent's time, unless a
-// new request is already waiting; any command that changes the position
-// stops it through stopThinking.
+// new request is already waiting or the think was a checkmate one; any
+// command that changes the position stops it through stopThinking.
 void playTurnAndPonder() {
-  playTurn();
-  if (!engine.settings.pondering || requestPending() || engine.stopFlag) return;
+  const bool checkmate = engine.settings.checkmate != 0;
+  playTurn(checkmate);
+  if (checkmate || !engine.settings.pondering || requestPending() || engine.stopFlag) return;
   engine.ponderActive = 1;
   ponder();
   engine.ponderActive = 0;

@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kBudgetShare = 24;            // a turn takes about 1/24 of the time left
 constexpr int kPonderShare = 16;
+constexpr int kCheckmateShare = 16;          // a solver may look longer than a turn, with no increment term
 constexpr int kDecisionShare = 8;           // a one-off decision may take more of the clock
 constexpr int32_t kRenjuBias = 75;          // black's edge under Renju, taken out of the stability test
 constexpr int32_t kUnstableValue = 149;
@@ -169,6 +170,8 @@ int32_t turnBudget(const Settings& s) {
 
 int32_t ponderBudget(const Settings& s) { return std::min(s.timeLeft / kPonderShare, int32_t(s.timeoutTurn)); }
 
+int32_t checkmateBudget(const Settings& s) { return std::min(s.timeLeft / kCheckmateShare, int32_t(s.timeoutTurn)); }
+
 int32_t decisionBudget(const Settings& s) {
   return int32_t(std::min<int64_t>(s.timeLeft / kDecisionShare + s.timeIncrement / 2, s.timeoutTurn));
 }
@@ -208,12 +211,21 @@ int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB) {
   return int32_t(std::min<int64_t>(s.timeIncrement / 2 + share, s.timeoutTurn));
 }
 
-Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
+namespace {
+
+// What kind of turn is played: the engine's own, or a checkmate think,
+// which has a budget of its own, deepens as a decision does (no stable-move
+// or single-reply stop) and never judges a draw.
+enum class TurnKind { Normal, Checkmate };
+
+Move playTurn(SearchBackend& backend, const Board& board, bool quiet, TurnKind kind) {
   const Settings& s = engine.settings;
   ThinkState& t = engine.think;
   const Colour side = board.sideToMove();
-  t.timeBudget = turnBudget(s);
+  t.timeBudget = kind == TurnKind::Normal ? turnBudget(s) : checkmateBudget(s);
   resetCounters(t);
+  // A checkmate think offers no draw: its value says nothing of one.
+  if (kind == TurnKind::Checkmate) t.drawAcceptable = 0;
 
   // A win proven last turn is played out without a search.
   const Move provenWin = board.stoneCount() > 0 && t.builtRule != -1 && t.finalValue - t.currentDepth >= kWin
@@ -226,19 +238,30 @@ Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
     t.bestMove = provenWin;
     t.elapsedMs = 0;
   } else {
-    const Deepening run = clockedDeepening(backend, board, quiet, Deepen::Turn);
+    const Deepening run =
+        clockedDeepening(backend, board, quiet, kind == TurnKind::Normal ? Deepen::Turn : Deepen::Decision);
     t.currentDepth = run.lastDone;
     t.finalValue = run.lastValue;
     if (t.finalValue - t.currentDepth >= kWin) {
       const Move win = choosable(board, backend.quickWinMove(side));
       if (win != kNoMove) t.bestMove = win;
     }
-    updateDrawAcceptance(t.finalValue, side, t.singleReply, board);
+    if (kind == TurnKind::Normal) updateDrawAcceptance(t.finalValue, side, t.singleReply, board);
     // A turn cut short before any depth finished still has to move.
     if (!mayChoose(board, engine.blockTable, t.bestMove)) t.bestMove = emptyBoardMove(board, engine.blockTable);
   }
   if (!quiet) report(s, t, board);
   return t.bestMove;
+}
+
+}  // namespace
+
+Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet) {
+  return playTurn(backend, board, quiet, TurnKind::Normal);
+}
+
+Move runCheckmateDriver(SearchBackend& backend, const Board& board, bool quiet) {
+  return playTurn(backend, board, quiet, TurnKind::Checkmate);
 }
 
 void updateDrawAcceptance(int32_t v, Colour side, bool singleReply, const Board& board) {

@@ -60,6 +60,8 @@ int64_t nowMs();
 int32_t turnBudget(const Settings& s);
 // Pondering takes a 16th of the time left, capped by the turn limit.
 int32_t ponderBudget(const Settings& s);
+// A checkmate think takes a 16th of the time left, capped by the turn limit.
+int32_t checkmateBudget(const Settings& s);
 // A decision search (whether to swap colours) takes an 8th of the time left
 // plus half the increment, capped by the turn limit.
 int32_t decisionBudget(const Settings& s);
@@ -74,6 +76,11 @@ bool stopBeforeDepth(const Board& board, int depth, bool plentiful, int extraSto
 // Runs a turn on `board` for the side to move and returns the move chosen
 // (kNoMove when no cell is usable); prints the report unless `quiet`.
 Move runTurnDriver(SearchBackend& backend, const Board& board, bool quiet = false);
+
+// Runs a checkmate think on `board` as a turn, deepening the backend's
+// solver: its own budget, no stop on a stable move or a single reply, no
+// draw judged (a draw offer is then refused); returns the move chosen.
+Move runCheckmateDriver(SearchBackend& backend, const Board& board, bool quiet = false);
 
 // Thinks on the opponent's time about the position on `board` (the
 // opponent to move) until stopped or out of its budget, to fill the table;

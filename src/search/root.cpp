@@ -7,6 +7,7 @@
 
 #include "board/forbid.h"
 #include "protocol/engine_state.h"
+#include "protocol/messages.h"
 #include "protocol/output.h"
 #include "search/movegen.h"
 #include "search/node.h"
@@ -159,24 +160,24 @@ int32_t searchRoot(Searcher& s, int depth, Colour side, const RootFilter* filter
     count = keepThreatDefences(s, side, moves, count, kRootVctNodes, kRootVctThrees);
   }
   t.singleReply = count == 1;
-  if (realtime) sendLine("MESSAGE REALTIME REFRESH");
+  if (realtime) sendLine(reply::kRealtimeRefresh);
 
   Node n(&s, depth, 0, 0, -kRootWindow, kRootWindow, side);
   for (int i = 0; i < count; ++i) {
     const Move m = moves[i].move;
-    if (realtime) sendLine("MESSAGE REALTIME POS %d,%d", rowOf(m), colOf(m));
+    if (realtime) sendLine(reply::kRealtimePos, rowOf(m), colOf(m));
     const int32_t value = searchChild(n, m, i, n.alpha);
     if (engine.searchAborted) return n.searched > 0 ? n.alpha : 0;
-    if (realtime) sendLine("MESSAGE REALTIME DONE %d,%d", rowOf(m), colOf(m));
-    if (realtime && value < -kProvenNode) sendLine("MESSAGE REALTIME LOSE %d,%d", rowOf(m), colOf(m));
+    if (realtime) sendLine(reply::kRealtimeDone, rowOf(m), colOf(m));
+    if (realtime && value < -kProvenNode) sendLine(reply::kRealtimeLose, rowOf(m), colOf(m));
     const int32_t before = n.alpha;
     recordResult(n, m, value);
     testDrops(n.alpha, reference);
     if (n.alpha > before) {
       t.bestMove = m;
       if (realtime) {
-        sendLine("MESSAGE REALTIME BEST %d,%d", rowOf(m), colOf(m));
-        sendLine("MESSAGE REALTIME VAL %d", std::clamp(value, -10000, 10000));
+        sendLine(reply::kRealtimeBest, rowOf(m), colOf(m));
+        sendLine(reply::kRealtimeVal, std::clamp(value, -10000, 10000));
         reportRealtimeLine(s.pv[0], s.pvLength[0]);
       }
     }

@@ -1,8 +1,9 @@
 #pragma once
-// Threat-space search over fours and threes: can the side to move win by a
-// chain of threats, each of which the defender must answer? A four allows
-// only its block; a three (a threat of an open four) allows any cell that
-// stops it, and the defender may always counter with fours of its own.
+// Threat-space search over fours and threes, the threat solvers' level 1
+// with the turn's budgets: can the side to move win by a chain of threats,
+// each of which the defender must answer? A four allows only its block; a
+// three (a threat of an open four) allows any cell that stops it, and the
+// defender may always counter with fours of its own.
 #include <cstdint>
 
 #include "board/types.h"

@@ -38,7 +38,7 @@ class ScriptedSearch : public AnalysisSearch {
   }
   RootResult searchRoot(int, Colour, std::span<const Move>, Move) override { return {0, kNoMove, false}; }
   DecisionResult searchDecision() override { return decision; }
-  int threatWinPlies(Colour) override { return -1; }
+  int threatWinPlies(Colour, int) override { return -1; }
   bool aborted() override { return stopped_; }
   void mergeStatistics() override {}
 

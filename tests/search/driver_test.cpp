@@ -214,6 +214,31 @@ TEST_F(DriverTest, DecisionSearchIgnoresSingleRepliesAndKeepsAnAbortedValue) {
   EXPECT_TRUE(lines().empty()) << "a decision prints nothing of its own";
 }
 
+TEST_F(DriverTest, CheckmateThinkKeepsOnlyAnInterruptedWinAndJudgesNoDraw) {
+  engine.settings.timeLeft = 64000;
+  engine.settings.timeIncrement = 2000;
+  engine.think.drawAcceptable = 1;
+  search.onDepth = [](int depth) {
+    EXPECT_EQ(engine.think.timeBudget, 64000 / 16) << "a 16th of the time left, no increment";
+    engine.think.bestMove = makeMove(6, depth);
+    engine.think.singleReply = 1;  // would end a turn after depth 5
+    if (depth < 7) return -300;
+    engine.searchAborted = 1;
+    return kWin + depth - 5;
+  };
+  EXPECT_EQ(runCheckmateDriver(search, board, true), makeMove(6, 7)) << "the interrupted win is kept";
+  EXPECT_EQ(engine.think.currentDepth, 7);
+  EXPECT_EQ(engine.think.drawAcceptable, 0) << "a checkmate think offers no draw";
+  search.onDepth = [](int depth) {
+    engine.think.bestMove = makeMove(6, depth);
+    if (depth < 3) return 20;
+    engine.searchAborted = 1;
+    return 0;
+  };
+  EXPECT_EQ(runCheckmateDriver(search, board, true), makeMove(6, 2)) << "an interrupted iteration without a value";
+  EXPECT_EQ(engine.think.currentDepth, 2);
+}
+
 TEST_F(DriverTest, EmptyBoardNeedsNoSearch) {
   board.reset(15, 15, 0);
   search.onDepth = [](int) { return 0; };

@@ -38,7 +38,11 @@ constexpr int kStride = 5;
 #else
 constexpr int kStride = 1;
 #endif
-constexpr int kMissesAllowed = 5;  // of the 25 three-based defences
+// Of the 25 three-based defences. The table's answers hold against three
+// threats; the wide proof, with fours free, sees longer wins than that
+// (the checkmate suite confirms such wins by brute force), so some of
+// them count as lost here.
+constexpr int kMissesAllowed = 8;
 
 // Keeps the last list reported.
 class LastList : public AnalysisReporter {
@@ -82,7 +86,7 @@ LastList defend(int rule, int size, const char* black, const char* white) {
   setOutput(sink);
   EngineAnalysis search;
   LastList reporter;
-  runSearchDefend(search, reporter);
+  runSearchDefend(search, reporter, 0);
   setOutput(nullptr);
   if (sink) std::fclose(sink);
   return reporter;
