@@ -75,28 +75,10 @@ constexpr int kConfirmBudgetMs = 2000;
 
 // One checkmate think of `level` on a cold start, within `budgetMs`.
 Verdict think(const Position& p, int level, int budgetMs) {
-  Settings& s = engine.settings;
-  s.rule = p.rule;
-  s.timeoutTurn = budgetMs;
-  s.timeLeft = 100000000;
-  s.startDepth = 1;
-  s.maxDepth = 100;
-  s.maxNode = 2000000000;
-  s.showDetail = 0;
-  s.threadNum = 1;
-  s.hashSize = 16;
-  engine.stopFlag = 0;
-  engine.searchAborted = 0;
-  engine.think.builtRule = -1;
-  std::fill(std::begin(engine.blockTable), std::end(engine.blockTable), 0);
-  setUpBoard(engine.board, p.rule, p.size, p.black, p.white);
-  if (transpositionTable.allocated()) transpositionTable.clear();
-  std::FILE* sink = std::fopen("/dev/null", "w");
-  setOutput(sink);
-  CheckmateSearch search(level);
-  const Move m = runCheckmateDriver(search, engine.board, true);
-  setOutput(nullptr);
-  if (sink) std::fclose(sink);
+  const Move m = coldThink(p.rule, p.size, p.black, p.white, {1, 100, budgetMs}, [level] {
+    CheckmateSearch search(level);
+    return runCheckmateDriver(search, engine.board, true);
+  });
   return {engine.think.finalValue >= kProvenBound, m, engine.think.elapsedMs};
 }
 

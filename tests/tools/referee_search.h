@@ -349,8 +349,10 @@ struct TurnLimits {
   int timeoutTurnMs = 0;  // 0: no clock
 };
 
-// One turn of the engine on a cold start (empty table, no earlier turn).
-inline Move engineTurn(int rule, int size, const char* black, const char* white, TurnLimits limits) {
+// One think on a cold start (empty table, no earlier turn): the settings and
+// the board set as `limits` say, then `driver()` runs with its output thrown away.
+template <class Driver>
+Move coldThink(int rule, int size, const char* black, const char* white, TurnLimits limits, Driver driver) {
   Settings& s = engine.settings;
   const bool clocked = limits.timeoutTurnMs > 0;
   s.rule = rule;
@@ -376,11 +378,18 @@ inline Move engineTurn(int rule, int size, const char* black, const char* white,
   // The rule change prints a line; nothing here reads it.
   std::FILE* sink = std::fopen("/dev/null", "w");
   setOutput(sink);
-  EngineSearch backend;
-  const Move m = runTurnDriver(backend, engine.board, true);
+  const Move m = driver();
   setOutput(nullptr);
   if (sink) std::fclose(sink);
   return m;
+}
+
+// One turn of the engine's normal driver on a cold start.
+inline Move engineTurn(int rule, int size, const char* black, const char* white, TurnLimits limits) {
+  return coldThink(rule, size, black, white, limits, [] {
+    EngineSearch backend;
+    return runTurnDriver(backend, engine.board, true);
+  });
 }
 
 }  // namespace zorva::tactics
