@@ -2,9 +2,12 @@
 // side-to-move bonus to the results of self-play games by logistic
 // regression, and prints them as the built-in table reads them.
 //
-//   zorva_tune [--ridge R] [--iterations N] [--shapes-only] [--table N] [--learning-out FILE] POSITIONS...
+//   zorva_tune [--ridge R] [--iterations N] [--shapes-only] [--table N] [--search-share S] [--learning-out FILE] POSITIONS...
 //
-// POSITIONS are files written by the match tool's --positions-out. One
+// POSITIONS are files written by the match tool's --positions-out, each
+// line perhaps followed by a deeper search's value of the position; with
+// --search-share S that share of the label is the search's win chance, the
+// rest the game's result (a result alone is a noisy label). One
 // position in ten (by blocks of lines, so that a game's positions stay
 // together) is held out to check that the fit generalises.
 #include <algorithm>
@@ -32,6 +35,7 @@ struct Options {
   int iterations = 20;
   bool threatCounts = true;
   int tableIterations = 0;  // above 0: then fit the whole learning table
+  Labels labels;
   std::string learningOut;
   std::vector<std::string> inputs;
 };
@@ -45,6 +49,8 @@ bool parse(int argc, char** argv, Options& o) {
       o.iterations = std::atoi(argv[++i]);
     else if (!std::strcmp(argv[i], "--table") && hasValue)
       o.tableIterations = std::atoi(argv[++i]);
+    else if (!std::strcmp(argv[i], "--search-share") && hasValue)
+      o.labels.searchShare = std::atof(argv[++i]);
     else if (!std::strcmp(argv[i], "--shapes-only"))
       o.threatCounts = false;
     else if (!std::strcmp(argv[i], "--learning-out") && hasValue)
@@ -127,14 +133,14 @@ void printWeights(const char* title, const Weights& w) {
 int main(int argc, char** argv) {
   Options o;
   if (!parse(argc, argv, o)) {
-    std::fprintf(stderr, "usage: zorva_tune [--ridge R] [--iterations N] [--shapes-only] [--table N] [--learning-out FILE] POSITIONS...\n");
+    std::fprintf(stderr, "usage: zorva_tune [--ridge R] [--iterations N] [--shapes-only] [--table N] [--search-share S] [--learning-out FILE] POSITIONS...\n");
     return 2;
   }
   initValueTables();
   std::vector<Sample> train, test;
   for (const std::string& path : o.inputs) {
     SampleStats stats;
-    const std::vector<Sample> samples = readSamples(path, stats);
+    const std::vector<Sample> samples = readSamples(path, stats, o.labels);
     if (stats.lines == 0) {
       std::fprintf(stderr, "zorva_tune: nothing read from %s\n", path.c_str());
       return 1;

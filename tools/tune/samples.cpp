@@ -1,6 +1,7 @@
 #include "tune/samples.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <sstream>
 
@@ -71,7 +72,7 @@ Sample describe(Board& b, Colour side, Move* scratch) {
 
 }  // namespace
 
-std::vector<Sample> readSamples(const std::string& path, SampleStats& stats) {
+std::vector<Sample> readSamples(const std::string& path, SampleStats& stats, const Labels& labels) {
   std::vector<Sample> samples;
   std::ifstream in(path);
   Searcher& s = searcher(0);
@@ -97,6 +98,10 @@ std::vector<Sample> readSamples(const std::string& path, SampleStats& stats) {
     }
     Sample sample = describe(s.board, side, s.scratch[0]);
     sample.result = result;
+    if (float value; fields >> value) {
+      const double chance = 1 / (1 + std::exp(-value / labels.searchScale));
+      sample.result = float((1 - labels.searchShare) * result + labels.searchShare * chance);
+    }
     samples.push_back(sample);
   }
   return samples;

@@ -30,9 +30,16 @@ struct SampleStats {
   int decided = 0;  // skipped: the side to move wins by fours or must block five
 };
 
-// Reads "<moves> <result> <rule>" lines (moves in letter-number notation,
-// "-" for none) of 15x15 games. Positions the search settles without the
-// evaluation are left out.
-std::vector<Sample> readSamples(const std::string& path, SampleStats& stats);
+// How a label is made when a line also carries a deeper search's value:
+// that share of it is the search's win chance, sigmoid(value / scale).
+struct Labels {
+  double searchShare = 0;
+  double searchScale = 360;
+};
+
+// Reads "<moves> <result> <rule> [<value>]" lines (moves in letter-number
+// notation, "-" for none; value: a search's, for the side to move) of 15x15
+// games. Positions the search settles without the evaluation are left out.
+std::vector<Sample> readSamples(const std::string& path, SampleStats& stats, const Labels& labels = {});
 
 }  // namespace zorva::tune
