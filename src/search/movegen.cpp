@@ -35,13 +35,14 @@ void defenceRows(Board& b, Colour side, uint32_t* rows) {
     rows[row] |= b.threat(side, kFourClass).rowMask[row] | b.threat(side, kOpenFourClass).rowMask[row];
 }
 
-// The mover's value of the cell less half the opponent's, so that cells
-// that build our shapes lead; the three stage brings the urgent blocks forward.
+// The mover's value of the cell plus half the opponent's: a cell that
+// builds our shapes leads, and one that spoils theirs comes next, since
+// the best defence in this game is usually the opponent's best point.
 int32_t orderingScore(const Searcher& s, const Board& b, Move m, Colour side, int ply) {
   const CellInfo& info = b.info[m];
   const int32_t own = moveValue[info.patternWord[colourIndex(side)] & 0xFFFF];
   const int32_t theirs = moveValue[info.patternWord[colourIndex(opponent(side))] & 0xFFFF];
-  return own - theirs / 2 + std::min(s.history[ply][m], kHistoryWeightCap);
+  return own + theirs / 2 + std::min(s.history[ply][m], kHistoryWeightCap);
 }
 
 // Two lines of at least a closed three through the cell: the stone there
