@@ -34,14 +34,7 @@ void sendBoard(EngineSession& engine, const std::string& black, const std::strin
 }
 
 // The lines up to and with the move.
-std::vector<std::string> untilMove(EngineSession& engine) {
-  std::vector<std::string> lines;
-  while (std::optional<std::string> line = engine.readLine(20000 * kSlack)) {
-    lines.push_back(*line);
-    if (line->rfind("MESSAGE", 0) != 0) break;
-  }
-  return lines;
-}
+std::vector<std::string> untilMove(EngineSession& engine) { return engine.readTurn(20000 * kSlack); }
 
 // The depth and value of the one-line summary, "MESSAGE %d | %d | %ldms | %ld | %d %s".
 struct Summary {

@@ -74,6 +74,15 @@ std::optional<std::string> EngineSession::readAnswer(int timeoutMs) {
   return std::nullopt;
 }
 
+std::vector<std::string> EngineSession::readTurn(int timeoutMs) {
+  std::vector<std::string> lines;
+  while (std::optional<std::string> line = readLine(timeoutMs)) {
+    lines.push_back(*line);
+    if (line->rfind("MESSAGE", 0) != 0) break;
+  }
+  return lines;
+}
+
 int EngineSession::waitExit(int timeoutMs) {
   const long long deadline = nowMs() + timeoutMs;
   int status = 0;

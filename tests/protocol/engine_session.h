@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace zorva::testing {
 
@@ -27,6 +28,9 @@ class EngineSession {
   std::optional<std::string> readLine(int timeoutMs);
   // The next line that is not a MESSAGE line.
   std::optional<std::string> readAnswer(int timeoutMs);
+  // A turn's lines up to and with its answer (each line within `timeoutMs`
+  // of the last); ends early, without the answer, when the engine falls silent.
+  std::vector<std::string> readTurn(int timeoutMs);
   // Waits up to `timeoutMs` for the process to end, reading what it still
   // writes (kept for readLine); its exit status, or -1.
   int waitExit(int timeoutMs);

@@ -71,14 +71,7 @@ TEST(Transcript, PositionCommandsDuringThinkingAndPondering) {
 }
 
 // Reads a turn's lines up to its move.
-std::vector<std::string> turnLines(EngineSession& engine) {
-  std::vector<std::string> lines;
-  while (std::optional<std::string> line = engine.readLine(60000 * kSlack)) {
-    lines.push_back(*line);
-    if (line->rfind("MESSAGE", 0) != 0) break;
-  }
-  return lines;
-}
+std::vector<std::string> turnLines(EngineSession& engine) { return engine.readTurn(60000 * kSlack); }
 
 int depthOfDetail(const std::string& line) {
   int depth = 0;
