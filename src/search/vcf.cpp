@@ -11,12 +11,14 @@ namespace zorva {
 namespace {
 
 constexpr uint64_t kWhiteAttacks = 0x9E3779B97F4A7C15ull;
+constexpr uint64_t kSkippingRuns = 0xC2B2AE3D27D4EB4Full;
 constexpr uint64_t kRuleKeys[kRuleCount] = {0, 0xD1B54A32D192ED03ull, 0x8CB92BA72F3D8DD7ull};
 
 struct VcfRun {
   Searcher& s;
   int nodeLimit;
   bool* zone;  // when given, the cells of the win found are marked
+  bool skipIdleFours = false;
   int nodes = 0;
   bool truncated = false;
 };
@@ -35,6 +37,19 @@ int fourMoves(const Board& b, Colour side, Move* out) {
 }
 
 VcfCacheEntry& cacheSlot(Searcher& s, uint64_t key) { return s.vcfCache[key & (kVcfCacheSize - 1)]; }
+
+// A four that dies with its block and makes nothing better than a dead two
+// elsewhere adds no four point, now or after one more stone: it rarely
+// helps a win by fours, and every such four doubles the tree.
+bool idleFour(uint32_t word) {
+  bool fourAlive = false, builds = false;
+  for (int d = 0; d < kDirections; ++d) {
+    const uint32_t c = word >> (4 * d) & 15;
+    fourAlive |= c >= kCodeFourAlive;
+    builds |= c >= 2 && c < kCodeFourDead;
+  }
+  return !fourAlive && !builds;
+}
 
 }  // namespace
 
@@ -62,7 +77,9 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
     run.truncated = true;
     return -1;
   }
-  const uint64_t key = b.hash ^ (side == WHITE ? kWhiteAttacks : 0) ^ kRuleKeys[b.rule];
+  // Runs that skip idle fours fail more often: they keep their own entries.
+  const uint64_t key =
+      b.hash ^ (side == WHITE ? kWhiteAttacks : 0) ^ kRuleKeys[b.rule] ^ (run.skipIdleFours ? kSkippingRuns : 0);
   VcfCacheEntry& slot = cacheSlot(run.s, key);
   // A stored budget of 0 marks an empty slot: results are only stored with budgets of 2 and more.
   // A remembered win names no cells, so a run that marks them searches again.
@@ -87,6 +104,7 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
   for (int i = 0; i < count; ++i) {
     const Move m = moves[i];
     if (renjuBlack(b, side) && isForbidden(b, m)) continue;
+    const uint32_t before = b.info[m].patternWord[colourIndex(side)];
     b.placeStone<Update::Light>(m, side);
     Move five = kNoMove;
     const int fives = b.threat(side, kFiveClass).firstOf(&five);
@@ -94,7 +112,7 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
     if (fives >= 2 || (fives == 1 && renjuBlack(b, other) && isForbidden(b, five))) {
       plies = 2;  // two fives, or one black may not take
       markFives(b, side, run.zone);
-    } else if (fives == 1) {
+    } else if (fives == 1 && !(run.skipIdleFours && idleFour(before))) {
       b.placeStone<Update::Light>(five, other);
       const int rest = attack(run, side, budget - 2, nullptr);
       b.removeStone<Update::Light>(five);
@@ -116,14 +134,17 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
 }  // namespace
 
 // The search's depth does not limit the threat search: fours force their
-// replies, so a fixed ply budget keeps it cheap at any depth.
+// replies, so a fixed ply budget keeps it cheap at any depth. Idle fours are
+// skipped: in crowded positions they made this search most of the work.
 int32_t vcf(Searcher& s, int, Colour side) {
-  const int plies = vcfPlies(s, side, nullptr);
+  const int plies = vcfPlies(s, side, nullptr, kVcfNodeLimit, nullptr, true);
   return plies < 0 ? 0 : kWin + kVcfDepthBase - plies;
 }
 
-int vcfPlies(Searcher& s, Colour side, Move* firstMove, int nodeLimit, bool* zone) {
-  VcfRun run{s, nodeLimit, zone};
+int vcfPlies(Searcher& s, Colour side, Move* firstMove, int nodeLimit, bool* zone, bool skipIdleFours) {
+  // Under Renju white's idle four can still force black onto a stone that
+  // makes a later block point forbidden.
+  VcfRun run{s, nodeLimit, zone, skipIdleFours && !(s.board.rule == kRenju && side == WHITE)};
   return attack(run, side, kMaxVcfPlies, firstMove);
 }
 

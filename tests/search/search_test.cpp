@@ -75,6 +75,21 @@ TEST_F(SearchTest, ThreatSearchFollowsAChainOfFours) {
   }()) << "the board is left as found";
 }
 
+// From a self-play game: black wins by seven fours, one of them a four that
+// dies with its block and builds nothing but dead twos, a four the node
+// search's quick run skips. The full search asked next must not reuse that
+// run's failure.
+TEST_F(SearchTest, QuickFoursSearchMissesTheRareWinAndTheFullOneStillFindsIt) {
+  s.board.reset(15, 15, kFreestyle);
+  const std::pair<int, int> game[] = {{7, 8}, {6, 10}, {4, 5}, {5, 6}, {4, 8}, {4, 7}, {6, 5}, {5, 8}, {5, 5}, {7, 5}, {3, 6}, {6, 4}, {5, 4}, {6, 3}, {3, 3}, {3, 2}, {3, 5}, {2, 5}, {4, 4}, {6, 6}};
+  for (int i = 0; i < int(std::size(game)); ++i)
+    s.board.placeStone(makeMove(game[i].first, game[i].second), i % 2 ? WHITE : BLACK);
+  s.clearThreatCache();
+  ASSERT_EQ(s.board.sideToMove(), BLACK);
+  EXPECT_EQ(vcf(s, 6, BLACK), 0);
+  EXPECT_EQ(vcfPlies(s, BLACK, nullptr), 14);
+}
+
 // Nodes with no move to search: a full board is drawn, and Renju black
 // whose every answer to white's open three is an overline has lost.
 TEST_F(SearchTest, NodesWithoutAMove) {
