@@ -51,6 +51,17 @@ bool idleFour(uint32_t word) {
   return !fourAlive && !builds;
 }
 
+// Under Renju black's forced block may make a later block point forbidden,
+// unless the stone builds nothing for black: no three or four, hence no
+// forbidden point, can then run through it.
+bool harmlessBlock(const Board& b, Colour attacker, Move block) {
+  if (b.rule != kRenju || attacker != WHITE) return true;
+  const uint32_t word = b.info[block].patternWord[0];
+  for (int d = 0; d < kDirections; ++d)
+    if ((word >> (4 * d) & 15) >= 2) return false;
+  return true;
+}
+
 }  // namespace
 
 void markFives(const Board& b, Colour side, bool* zone) {
@@ -112,7 +123,7 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
     if (fives >= 2 || (fives == 1 && renjuBlack(b, other) && isForbidden(b, five))) {
       plies = 2;  // two fives, or one black may not take
       markFives(b, side, run.zone);
-    } else if (fives == 1 && !(run.skipIdleFours && idleFour(before))) {
+    } else if (fives == 1 && !(run.skipIdleFours && idleFour(before) && harmlessBlock(b, side, five))) {
       b.placeStone<Update::Light>(five, other);
       const int rest = attack(run, side, budget - 2, nullptr);
       b.removeStone<Update::Light>(five);
@@ -142,9 +153,7 @@ int32_t vcf(Searcher& s, int, Colour side) {
 }
 
 int vcfPlies(Searcher& s, Colour side, Move* firstMove, int nodeLimit, bool* zone, bool skipIdleFours) {
-  // Under Renju white's idle four can still force black onto a stone that
-  // makes a later block point forbidden.
-  VcfRun run{s, nodeLimit, zone, skipIdleFours && !(s.board.rule == kRenju && side == WHITE)};
+  VcfRun run{s, nodeLimit, zone, skipIdleFours};
   return attack(run, side, kMaxVcfPlies, firstMove);
 }
 

@@ -27,8 +27,9 @@ constexpr int kVcfNodeLimit = 6000;  // per call: a threat search must stay chea
 // sides and the fives at the end, where a stone placed beforehand could
 // break it.
 // With `skipIdleFours` a four that dies with its block and makes no more
-// than a dead two elsewhere is not tried: much faster, and the wins it
-// misses are rare (and never under Renju when white attacks).
+// than a dead two elsewhere is not tried (under Renju, when white attacks,
+// only if black's block builds nothing either): much faster, and the wins
+// it misses are rare.
 int vcfPlies(Searcher& s, Colour side, Move* firstMove, int nodeLimit = kVcfNodeLimit, bool* zone = nullptr,
              bool skipIdleFours = false);
 
