@@ -38,28 +38,23 @@ int fourMoves(const Board& b, Colour side, Move* out) {
 
 VcfCacheEntry& cacheSlot(Searcher& s, uint64_t key) { return s.vcfCache[key & (kVcfCacheSize - 1)]; }
 
+// True when no line of `word` holds more than a dead two, except lines of code `allowed`.
+bool deadTwosAtMost(uint32_t word, uint32_t allowed = kCodeNone) {
+  for (int d = 0; d < kDirections; ++d)
+    if (const uint32_t c = word >> (4 * d) & 15; c > kCodeClosedTwo && c != allowed) return false;
+  return true;
+}
+
 // A four that dies with its block and makes nothing better than a dead two
 // elsewhere adds no four point, now or after one more stone: it rarely
 // helps a win by fours, and every such four doubles the tree.
-bool idleFour(uint32_t word) {
-  bool fourAlive = false, builds = false;
-  for (int d = 0; d < kDirections; ++d) {
-    const uint32_t c = word >> (4 * d) & 15;
-    fourAlive |= c >= kCodeFourAlive;
-    builds |= c >= 2 && c < kCodeFourDead;
-  }
-  return !fourAlive && !builds;
-}
+bool idleFour(uint32_t word) { return deadTwosAtMost(word, kCodeFourDead); }
 
 // Under Renju black's forced block may make a later block point forbidden,
 // unless the stone builds nothing for black: no three or four, hence no
 // forbidden point, can then run through it.
 bool harmlessBlock(const Board& b, Colour attacker, Move block) {
-  if (b.rule != kRenju || attacker != WHITE) return true;
-  const uint32_t word = b.info[block].patternWord[0];
-  for (int d = 0; d < kDirections; ++d)
-    if ((word >> (4 * d) & 15) >= 2) return false;
-  return true;
+  return b.rule != kRenju || attacker != WHITE || deadTwosAtMost(b.info[block].patternWord[0]);
 }
 
 }  // namespace

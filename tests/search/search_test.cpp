@@ -80,10 +80,8 @@ TEST_F(SearchTest, ThreatSearchFollowsAChainOfFours) {
 // search's quick run skips. The full search asked next must not reuse that
 // run's failure.
 TEST_F(SearchTest, QuickFoursSearchMissesTheRareWinAndTheFullOneStillFindsIt) {
-  s.board.reset(15, 15, kFreestyle);
-  const std::pair<int, int> game[] = {{7, 8}, {6, 10}, {4, 5}, {5, 6}, {4, 8}, {4, 7}, {6, 5}, {5, 8}, {5, 5}, {7, 5}, {3, 6}, {6, 4}, {5, 4}, {6, 3}, {3, 3}, {3, 2}, {3, 5}, {2, 5}, {4, 4}, {6, 6}};
-  for (int i = 0; i < int(std::size(game)); ++i)
-    s.board.placeStone(makeMove(game[i].first, game[i].second), i % 2 ? WHITE : BLACK);
+  setUp(kFreestyle, {{7, 8}, {4, 5}, {4, 8}, {6, 5}, {5, 5}, {3, 6}, {5, 4}, {3, 3}, {3, 5}, {4, 4}},
+        {{6, 10}, {5, 6}, {4, 7}, {5, 8}, {7, 5}, {6, 4}, {6, 3}, {3, 2}, {2, 5}, {6, 6}});
   s.clearThreatCache();
   ASSERT_EQ(s.board.sideToMove(), BLACK);
   EXPECT_EQ(vcf(s, 6, BLACK), 0);
