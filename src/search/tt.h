@@ -88,6 +88,14 @@ class TranspositionTable {
   // own. Must not run while a search uses the table.
   void ensureRule(int rule);
 
+  // Starts loading the bucket of `key` into the cache, so that a probe soon
+  // after finds it there.
+  void prefetch(uint64_t key, int side) const {
+    if (!words_) return;
+    const uint64_t* words = entryWords(key, side, 0);
+    __builtin_prefetch(words);
+    __builtin_prefetch(words + kBucketEntries * kWordsPerEntry / 2);
+  }
   int32_t probe(uint64_t key, int stones, int depth, int32_t alpha, int32_t beta, int side, Move* moves,
                 int moveCount, int* movesFound = nullptr);
   void store(uint64_t key, int stones, int depth, int32_t value, Bound bound, int side, Move move1 = kNoMove,
