@@ -254,7 +254,7 @@ void Board::placeStone(Move m, Colour colour) {
     changeCell<true, U>(m, colour);
   else
     changeCell<false, U>(m, colour);
-  hash ^= zobristKeys[m][colour];
+  hash = hashAfter(m, colour);
   if (colour == WALL)
     refreshRoomsAround(m);
   else

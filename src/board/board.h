@@ -7,6 +7,7 @@
 #include "board/patterns.h"
 #include "board/threats.h"
 #include "board/types.h"
+#include "board/zobrist.h"
 
 namespace zorva {
 
@@ -88,6 +89,8 @@ struct Board {
   // always refresh the values of the cells whose room they change.
   template <Update U = Update::Full>
   void placeStone(Move m, Colour colour);
+  // The hash the board will have once `colour` is placed on the empty `m`.
+  uint64_t hashAfter(Move m, Colour colour) const { return hash ^ zobristKeys[m][colour]; }
   template <Update U = Update::Full>
   void removeStone(Move m);
 

@@ -8,7 +8,6 @@
 #include "board/eval.h"
 #include "board/forbid.h"
 #include "board/values.h"
-#include "board/zobrist.h"
 #include "protocol/engine_state.h"
 #include "search/limits.h"
 #include "search/movegen.h"
@@ -280,7 +279,7 @@ int32_t searchChild(Node& n, Move m, int index, int32_t alpha) {
   Searcher& s = *n.s;
   Board& b = s.board;
   const Colour other = opponent(n.side);
-  transpositionTable.prefetch(b.hash ^ zobristKeys[m][n.side], other);
+  transpositionTable.prefetch(b.hashAfter(m, n.side), other);
   const int extension = childExtension(n, m);
   b.placeStone(m, n.side);
   int32_t value;
