@@ -86,6 +86,7 @@ void Board::reset(int newWidth, int newHeight, int newRule) {
   initValueTables();
   std::memset(cells, 0, sizeof cells);
   std::memset(info, 0, sizeof info);
+  std::memset(lineCodes, 0, sizeof lineCodes);
   std::memset(totalValue, 0, sizeof totalValue);
   std::memset(line, 0, sizeof line);
   std::memset(wallMask, 0, sizeof wallMask);
@@ -214,14 +215,14 @@ inline void Board::updateLine(Move m) {
   const uint8_t* table = patterns;
   Move cell = geometry->start[D][s.index] + s.first * kDirStep[D];
   for (int q = s.first; q <= s.last; ++q, cell += kDirStep[D]) {
-    const uint32_t* words = info[cell].patternWord;
-    const uint32_t old = (words[0] >> (4 * D) & 15) | (words[1] >> (4 * D) & 15) << 4;
+    uint8_t& old = lineCodes[cell][D];
     uint32_t codes;
     if constexpr (Walled)
       codes = (table[spanAt(blackWord, q)] & 15u) | (table[spanAt(whiteWord, q)] & 0xF0u);
     else
       codes = table[spanAt(word, q)];
     if (codes == old) continue;
+    old = uint8_t(codes);
     setCode<U>(cell, 0, D, codes & 15);
     setCode<U>(cell, 1, D, codes >> 4);
   }

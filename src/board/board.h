@@ -56,6 +56,9 @@ struct Board {
 
   Colour cells[kCellSlots];
   CellInfo info[kCellSlots];
+  // The same codes per direction, both colours in one byte (black low
+  // nibble), so the pattern update reads a cell's old codes with one load.
+  uint8_t lineCodes[kCellSlots][kDirections];
   int32_t totalValue[2];
 
   // Two bits per cell, position p at bits 2p + 10; walls close both ends.

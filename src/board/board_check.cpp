@@ -115,6 +115,7 @@ std::string checkPatterns(const Board& b) {
         const uint32_t entry = b.patterns[spanFromCells(b, views[ci], m, d)];
         const uint32_t code = ci == 0 ? entry & 15 : entry >> 4;
         word |= code << (4 * d);
+        if ((b.lineCodes[m][d] >> (4 * ci) & 15u) != code) return fault("line code differs at", row, col);
         if (const int c = kClassOfCode[code]; c >= 0) expected[ci][c].add(m, d);
       }
       const CellInfo& cell = b.info[m];
