@@ -215,7 +215,7 @@ int32_t noMoveValue(Node& n) {
 int candidateLimit(const Node& n, const ScoredMove* moves, int count) {
   if (n.effDepth > kLateMoveDepth) return count;
   const int urgent = int(std::count_if(moves, moves + count, [](const ScoredMove& m) { return m.score >= kKillerScore; }));
-  return std::min(count, urgent + kLateMoveBase + n.effDepth * (n.effDepth + 1));
+  return std::min(count, urgent + kLateMoveBase + n.effDepth * (n.effDepth + 1) / 2);
 }
 
 // The table's moves that are still playable here.
