@@ -27,7 +27,6 @@ constexpr int kInternalDepthNull = 8;  // internal deepening when the table has 
 constexpr int kInternalDepthFull = 6;
 constexpr int kInternalReduction = 2;
 constexpr int kHistoryCap = 1 << 20;
-constexpr int kLateMoveDepth = 6;  // nodes this shallow drop late quiet moves
 constexpr int kLateMoveBase = 3;
 
 // Reductions and extensions are in half plies of `extension`.
@@ -208,12 +207,11 @@ int32_t noMoveValue(Node& n) {
   return nodeEval(n);
 }
 
-// Nodes near the leaves keep only the best-ordered quiet moves: a cell that
-// neither threatens nor blocks rarely refutes anything there. Full-window
+// Nodes keep only the best-ordered quiet moves, more the deeper they are: a
+// cell that neither threatens nor blocks rarely refutes anything. Full-window
 // nodes too: searching all their quiet moves made them half of the tree.
 // The threat stages and the killers are always kept.
 int candidateLimit(const Node& n, const ScoredMove* moves, int count) {
-  if (n.effDepth > kLateMoveDepth) return count;
   const int urgent = int(std::count_if(moves, moves + count, [](const ScoredMove& m) { return m.score >= kKillerScore; }));
   return std::min(count, urgent + kLateMoveBase + n.effDepth * (n.effDepth + 1) / 2);
 }
