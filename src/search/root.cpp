@@ -27,9 +27,6 @@ constexpr int kRootVctNodes = 20000;
 constexpr int kRootVctThrees = 8;
 constexpr int32_t kBigDrop = 968;  // a fall this large is a refutation, not noise
 constexpr int32_t kDropFloor = 30;
-constexpr int kAspirationDepth = 4;
-constexpr int32_t kAspirationWindow = 60;
-constexpr int32_t kAspirationReach = 2000;  // values beyond swing too far between depths to aim at
 
 // A cell the engine may choose: playable (so on the board) and not blocked by the front end.
 bool usable(Board& b, Move m, Colour side) { return playable(b, m, side) && !engine.blockTable[m]; }
@@ -105,19 +102,6 @@ int filterMoves(Board& b, Colour side, const RootFilter* filter, ScoredMove* mov
   return kept > 0 ? kept : everyCell(b, side, excluded, moves);
 }
 
-// The first root move is searched in a narrow window around the last
-// depth's value, a smaller tree when the value holds; a value outside the
-// window is only a bound, so the move is searched again in full.
-int32_t searchFirstMove(Node& n, Move m, int depth, int32_t reference) {
-  if (depth < kAspirationDepth || std::abs(reference) >= kAspirationReach) return searchChild(n, m, 0, n.alpha);
-  Node narrow = n;
-  narrow.alpha = reference - kAspirationWindow;
-  narrow.beta = reference + kAspirationWindow;
-  const int32_t value = searchChild(narrow, m, 0, narrow.alpha);
-  if (engine.searchAborted || (value > narrow.alpha && value < narrow.beta)) return value;
-  return searchChild(n, m, 0, n.alpha);
-}
-
 // The root's moves: our five, else the block of theirs (a block the engine
 // may not play loses anyway, so then any move is as good), else our open
 // four, the fastest sure win; else the previous best, the table's moves and
@@ -182,7 +166,7 @@ int32_t searchRoot(Searcher& s, int depth, Colour side, const RootFilter* filter
   for (int i = 0; i < count; ++i) {
     const Move m = moves[i].move;
     if (realtime) sendLine(reply::kRealtimePos, rowOf(m), colOf(m));
-    const int32_t value = i == 0 ? searchFirstMove(n, m, depth, reference) : searchChild(n, m, i, n.alpha);
+    const int32_t value = searchChild(n, m, i, n.alpha);
     if (engine.searchAborted) return n.searched > 0 ? n.alpha : 0;
     if (realtime) sendLine(reply::kRealtimeDone, rowOf(m), colOf(m));
     if (realtime && value < -kProvenNode) sendLine(reply::kRealtimeLose, rowOf(m), colOf(m));
