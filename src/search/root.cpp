@@ -132,6 +132,9 @@ int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
   const int generated = generateMoves(s, request, moves + count);
   sortMoves(moves + count, generated);
   count += generated;
+  // On a crowded board no empty cell may touch a line either side can use;
+  // the turn must still be a move the engine may play.
+  if (count == 0) count = everyCell(b, side, {}, moves);
   return addDatabaseMoves(s, side, moves, count);
 }
 

@@ -135,6 +135,34 @@ TEST_F(SearchTest, RootPlaysTheWinAndBlocksTheLoss) {
   EXPECT_TRUE(colOf(m) == 5 || colOf(m) == 9 || colOf(m) == 4 || colOf(m) == 10) << "played " << rowOf(m) << "," << colOf(m);
 }
 
+// A crowded Renju board (from a match game) where no empty cell lies on a
+// line either side can still use, and the cell nearest the centre is an
+// overline for black: the root must still choose a cell black may play.
+TEST_F(SearchTest, RootFindsAPlayableMoveWhereNoCellMakesAShape) {
+  s.board.reset(15, 15, kRenju);
+  const char* game =
+      "c11g12e13i14d7i8k15e10f11d11c12c10d12b10d10e12f13f12g13h12i12h13f10e11e9f8d8c7d6d9b11d13g8h11h10"
+      "d5c6e6i10h14h15f14g14g10h9f7e8b5i9f5f6e5c5g5h5j10i11i13k13l14i15j15j8j14k14k7k9j9b12a13l11j12k11"
+      "k12m11j11j13l10g6b3c4e3c3c2e4f4d2b4b6j6m12n11i7m10n10i5h4h3g4i6k6j4i3l9k8l8m9f3h6f9j3i4l7k3l4j5f"
+      "1l5m5a8b9a6m6m8g3a7a5n5l3o9n7o10o8m14n15o12l2k1b1i1j1n6b7n2n4k4k2c14o11n13a10m2o15l15h2i2e15f15d"
+      "14a11b15b14o4m7a4o5l6a15a12e2c1l1a2d1h8a1m1l12";
+  Colour colour = BLACK;
+  for (const char* p = game; *p;) {
+    const int col = *p++ - 'a';
+    int row = 0;
+    while (*p >= '0' && *p <= '9') row = row * 10 + (*p++ - '0');
+    s.board.placeStone(makeMove(row - 1, col), colour);
+    colour = opponent(colour);
+  }
+  ASSERT_TRUE(isForbidden(s.board, makeMove(6, 7)));
+  engine.think.bestMove = kNoMove;
+  searchRoot(s, 1, BLACK);
+  const Move m = engine.think.bestMove;
+  ASSERT_NE(m, kNoMove);
+  EXPECT_EQ(s.board.at(m), EMPTY);
+  EXPECT_FALSE(isForbidden(s.board, m));
+}
+
 TEST_F(SearchTest, RootStaysOutOfBlockedCellsAndPaths) {
   setUp(kFreestyle, kDoubleFourBlack, kDoubleFourWhite);
   const Move win = makeMove(7, 7);
