@@ -140,20 +140,14 @@ TEST_F(SearchTest, RootPlaysTheWinAndBlocksTheLoss) {
 // overline for black: the root must still choose a cell black may play.
 TEST_F(SearchTest, RootFindsAPlayableMoveWhereNoCellMakesAShape) {
   s.board.reset(15, 15, kRenju);
+  // Stones alternate black, white, ... as two-letter cells, row then column from 'a'.
   const char* game =
-      "c11g12e13i14d7i8k15e10f11d11c12c10d12b10d10e12f13f12g13h12i12h13f10e11e9f8d8c7d6d9b11d13g8h11h10"
-      "d5c6e6i10h14h15f14g14g10h9f7e8b5i9f5f6e5c5g5h5j10i11i13k13l14i15j15j8j14k14k7k9j9b12a13l11j12k11"
-      "k12m11j11j13l10g6b3c4e3c3c2e4f4d2b4b6j6m12n11i7m10n10i5h4h3g4i6k6j4i3l9k8l8m9f3h6f9j3i4l7k3l4j5f"
-      "1l5m5a8b9a6m6m8g3a7a5n5l3o9n7o10o8m14n15o12l2k1b1i1j1n6b7n2n4k4k2c14o11n13a10m2o15l15h2i2e15f15d"
-      "14a11b15b14o4m7a4o5l6a15a12e2c1l1a2d1h8a1m1l12";
-  Colour colour = BLACK;
-  for (const char* p = game; *p;) {
-    const int col = *p++ - 'a';
-    int row = 0;
-    while (*p >= '0' && *p <= '9') row = row * 10 + (*p++ - '0');
-    s.board.placeStone(makeMove(row - 1, col), colour);
-    colour = opponent(colour);
-  }
+      "kclgmenigdhiokjekfkdlcjcldjbjdlemflfmglhlimhjfkeiehfhdgcfdidkbmdhgkhjhedfcfejinhohnfngjgihgfheebiief"
+      "ffeeecegehjjkimimknloiojhjnjnkgkikijlbmaklljkklkkmkjmjjlfgcbdcceccbcdedfbddbfbfjlmkngijmjneidhchdgfi"
+      "fkdjciilhkhlimcffhifcjdiglckdlejafelemhaibfafmhmcggaeaencliognjohonmonloblakabaiajfngbbndndkbknckomn"
+      "jabmooolbhbioeofndkaobnbdogmdaeofloalabeacalbaadhhaaamll";
+  for (int i = 0; game[i] && game[i + 1]; i += 2)
+    s.board.placeStone(makeMove(game[i] - 'a', game[i + 1] - 'a'), s.board.sideToMove());
   ASSERT_TRUE(isForbidden(s.board, makeMove(6, 7)));
   engine.think.bestMove = kNoMove;
   searchRoot(s, 1, BLACK);
