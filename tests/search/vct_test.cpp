@@ -122,19 +122,25 @@ TEST(Threes, RootPlaysTheWinAndDefendsAgainstIt) {
   // Black to move: only cells of white's win, or black's own threats, can
   // stop it; the others are dropped.
   doubleThreePosition(s, BLACK);
-  ScoredMove moves[kMaxStones];
+  ScoredMove moves[kMaxStones], generated[kMaxStones];
   const MoveRequest request{BLACK, 1, nullptr, 0, nullptr, nullptr};
   const int all = generateMoves(s, request, moves);
+  std::copy(moves, moves + all, generated);
   const int kept = keepThreatDefences(s, BLACK, moves, all, kNodes, kThrees);
   EXPECT_LT(kept, all);
-  EXPECT_NE(std::find_if(moves, moves + kept, [](const ScoredMove& m) { return m.move == makeMove(7, 8); }),
-            moves + kept);
-  // Every answer dropped must leave white's win standing.
-  for (int i = kept; i < all; ++i) {
-    s.board.placeStone(moves[i].move, BLACK);
+  auto isKept = [&](Move m) {
+    return std::find_if(moves, moves + kept, [m](const ScoredMove& k) { return k.move == m; }) != moves + kept;
+  };
+  EXPECT_TRUE(isKept(makeMove(7, 8)));
+  // Every answer dropped must leave white's win standing. The list is
+  // compacted in place, so the dropped ones are found in the copy.
+  for (int i = 0; i < all; ++i) {
+    const Move m = generated[i].move;
+    if (isKept(m)) continue;
+    s.board.placeStone(m, BLACK);
     EXPECT_GE(vctPlies(s, WHITE, kCheckNodes, kThrees, nullptr), 0)
-        << rowOf(moves[i].move) << "," << colOf(moves[i].move) << " stops white's win but was dropped";
-    s.board.removeStone(moves[i].move);
+        << rowOf(m) << "," << colOf(m) << " stops white's win but was dropped";
+    s.board.removeStone(m);
   }
 }
 
