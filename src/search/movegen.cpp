@@ -6,6 +6,7 @@
 #include "board/values.h"
 #include "board/zobrist.h"
 #include "protocol/engine_state.h"
+#include "search/vcf.h"
 #include "search/vct.h"
 
 namespace zorva {
@@ -115,6 +116,21 @@ int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
   return count;
 }
 
+namespace {
+
+// A move after which the opponent wins by fours loses, whatever it blocks
+// or threatens: a three of ours does not take the tempo from fours, and a
+// cell of one win may leave another.
+bool leavesWinByFours(Searcher& s, Colour side, Move m) {
+  Board& b = s.board;
+  b.placeStone<Update::Light>(m, side);
+  const bool lost = vcfPlies(s, opponent(side), nullptr) >= 0;
+  b.removeStone<Update::Light>(m);
+  return lost;
+}
+
+}  // namespace
+
 int keepThreatDefences(Searcher& s, Colour side, ScoredMove* moves, int count, int nodeBudget, int maxThrees) {
   Board& b = s.board;
   bool zone[kCellSlots] = {};
@@ -122,8 +138,8 @@ int keepThreatDefences(Searcher& s, Colour side, ScoredMove* moves, int count, i
   int kept = 0;
   for (int i = 0; i < count; ++i) {
     const Move m = moves[i].move;
-    if (zone[m] || b.threat(side, kFourClass).contains(m) || b.threat(side, kOpenFourClass).contains(m) ||
-        b.threat(side, kThreeClass).contains(m))
+    const bool four = b.threat(side, kFourClass).contains(m) || b.threat(side, kOpenFourClass).contains(m);
+    if (four || ((zone[m] || b.threat(side, kThreeClass).contains(m)) && !leavesWinByFours(s, side, m)))
       moves[kept++] = moves[i];
   }
   return kept > 0 ? kept : count;

@@ -36,7 +36,8 @@ void sortMoves(ScoredMove* moves, int count);
 
 // When the opponent, were it to move, wins by continuous threats within the
 // budget, only a move on the cells of that win, or a four or three of ours
-// that takes the tempo, can stop it: the other moves are dropped, unless
+// that takes the tempo, can stop it: the other moves are dropped, and so
+// are the cells and threes after which the opponent wins by fours, unless
 // none would be left. Returns the new count; the order is kept.
 int keepThreatDefences(Searcher& s, Colour side, ScoredMove* moves, int count, int nodeBudget, int maxThrees);
 

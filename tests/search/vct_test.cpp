@@ -144,5 +144,34 @@ TEST(Threes, RootPlaysTheWinAndDefendsAgainstIt) {
   }
 }
 
+// White, to move, would win by seven fours on 20x20. Black's threes and the
+// cells of a longer white win that leave those fours standing lose.
+TEST(Threes, DefenceFilterDropsMovesThatLeaveAWinByFours) {
+  initZobrist();
+  engine.settings.maxNode = -1;
+  engine.searchAborted = 0;
+  Searcher& s = searcher(2);
+  s.clearThreatCache();
+  const char* black = "cdcgefeggdhhjhjnkckgklknnbohqi";
+  const char* white = "ggghhgijjfjijljmmcmenfpfqgshth";
+  s.board.reset(20, 20, kFreestyle);
+  for (int i = 0; black[i]; i += 2) {
+    s.board.placeStone(makeMove(black[i] - 'a', black[i + 1] - 'a'), BLACK);
+    s.board.placeStone(makeMove(white[i] - 'a', white[i + 1] - 'a'), WHITE);
+  }
+  ASSERT_GE(vcfPlies(s, WHITE, nullptr), 0);
+  ScoredMove moves[kMaxStones];
+  const MoveRequest request{BLACK, 1, nullptr, 0, nullptr, nullptr};
+  const int kept = keepThreatDefences(s, BLACK, moves, generateMoves(s, request, moves), 20000, 8);
+  ASSERT_GT(kept, 0);
+  for (int i = 0; i < kept; ++i) {
+    const Move m = moves[i].move;
+    if (s.board.threat(BLACK, kFourClass).contains(m)) continue;
+    s.board.placeStone(m, BLACK);
+    EXPECT_LT(vcfPlies(s, WHITE, nullptr), 0) << rowOf(m) << "," << colOf(m) << " kept, but white still wins by fours";
+    s.board.removeStone(m);
+  }
+}
+
 }  // namespace
 }  // namespace zorva
