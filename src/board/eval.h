@@ -11,7 +11,7 @@ constexpr int kSideToMove = 32;
 // Weights of the four and three points of the side to move, then of the
 // opponent's, fitted to self-play results: the side to move makes its
 // threats first, so its points count for more beyond the cell values.
-constexpr int kThreatPointWeights[4] = {24, 17, -20, 5};
+constexpr int kThreatPointWeights[4] = {21, 21, -20, 3};
 int threatPointScore(const Board& board, Colour colour);
 
 // Score for `colour` (BLACK or WHITE). `scratch` is the caller's list for

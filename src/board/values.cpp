@@ -14,15 +14,17 @@ int16_t learningTable[kLearningEntries];
 
 // Twos and closed threes stay small: they are building material, and a cell
 // near a few stones should score 10..25 so that quiet totals stay in the low
-// hundreds. Any three or four is worth more than twos in all four
-// directions, a four a little more than a three (it forces, but its block
+// hundreds. Any three or four is worth more than twos on three lines,
+// a four a little more than a three (it forces, but its block
 // usually ends the line), and an open four or a five decides the game. The
 // overline is worth nothing: the only colour that gets code 13 may not play
 // it. Combinations: a four with a second threat wins unless the opponent has
 // a faster threat, a double three nearly so; a lone threat gains a little
-// from every two beside it, the material of a later double.
+// from every two beside it, the material of a later double. The evaluation's
+// weights sit halfway between a fit to a weaker engine's games and a refit to
+// the present engine's: the full step lost positions won or held by threes.
 const int kMoveWeights[kShapeTerms] = {0, 2, 4, 6, 8, 9, 11, 40, 48, 50, 56, 150, 400, 0, 0, 0, 100, 60, 4};
-const int kEvalWeights[kShapeTerms] = {0, 1, 3, 3, 3, 13, 17, 17, 17, 70, 70, 160, 400, 0, 0, 0, 119, 36, 25};
+const int kEvalWeights[kShapeTerms] = {0, 2, 6, 6, 6, 17, 20, 20, 20, 69, 73, 163, 400, 0, 0, 0, 120, 35, 26};
 
 ShapeTerms shapeTerms(uint32_t word) {
   ShapeTerms t{};

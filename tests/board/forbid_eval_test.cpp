@@ -107,7 +107,7 @@ TEST(Values, GrowWithTheCodes) {
   for (uint32_t code = 1; code <= kCodeFive; ++code)
     EXPECT_GE(patternValue[code], patternValue[code - 1]) << "code " << code;
   EXPECT_GT(patternValue[kCodeFourDead], 2 * patternValue[kCodeThreeTwo]) << "a four forces, a three prepares";
-  EXPECT_GT(patternValue[kCodeThreeOne << 4], patternValue[0x4444]) << "any three beats twos everywhere";
+  EXPECT_GT(patternValue[kCodeThreeOne << 4], patternValue[0x0444]) << "any three beats twos on three lines";
   EXPECT_GT(patternValue[0x0088], patternValue[0x0008] + patternValue[0x0080]) << "a double three is worth more";
   EXPECT_LT(blackValue[0x1688], kBlackValueThreshold) << "a double three stays below the threshold";
   EXPECT_GE(blackValue[0x0079], kBlackValueThreshold) << "a four and a three reach it";
