@@ -45,7 +45,7 @@ void EngineSearch::prepare() {
 void prepareTable() {
   TranspositionTable& table = transpositionTable;
   const int32_t size = engine.settings.hashSize;
-  if (size != table.sizeSetting() && size != table.refusedSetting() && !table.resize(size)) {
+  if (size != table.sizeSetting() && size != table.refusedSetting() && !table.resize(size, TranspositionTable::Fill::kBackground)) {
     constexpr uint64_t kMiB = 1 << 20;
     sendLine(reply::kHashRefused, (unsigned long long)(TranspositionTable::bytesFor(size) / kMiB),
              (unsigned long long)(table.allocated() ? TranspositionTable::bytesFor(table.sizeSetting()) / kMiB : 0));

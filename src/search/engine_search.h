@@ -20,8 +20,10 @@ class EngineSearch : public SearchBackend {
 };
 
 // Makes the table the settings ask for: of the set size, cleared when it
-// was filled under another rule. Cheap at any size (see ensureRule), so it runs
-// wherever nothing searches: INFO, a new game, a turn's set-up. Memory that
+// was filled under another rule. Cheap at any size (a new table's pages are
+// taken in place in the background, the search using the part already in
+// place), so it runs wherever nothing searches: INFO, a new game, a turn's
+// set-up, and a command answers without waiting for the pages. Memory that
 // cannot be had is reported once per size asked for; the search then goes
 // on with the table it has, or none.
 void prepareTable();

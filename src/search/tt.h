@@ -71,11 +71,18 @@ class TranspositionTable {
   // capped at 2^24; the default setting 524288 gives 524288 buckets.
   static uint64_t bucketsFor(int32_t hashSize);
 
+  // When resize and ensureRule get a new table's pages from the system.
+  enum class Fill {
+    kNow,         // before they return: searches see the whole table at once
+    kBackground,  // a first part now, the rest on a thread of the table's own
+  };
+
   // Makes the tables for `hashSize` and clears them, unless they already
   // have that size. Must not run while a search uses the table. Returns
   // false when the memory could not be had; the old tables then stay, and
-  // refusedSetting() remembers the size asked for.
-  bool resize(int32_t hashSize);
+  // refusedSetting() remembers the size asked for. With Fill::kNow a table
+  // of the same size still filling in the background is finished first.
+  bool resize(int32_t hashSize, Fill fill = Fill::kNow);
   // Empties the tables in place, keeping their pages (for benchmarks and
   // tests that clear a small table often).
   void clear();
@@ -83,10 +90,13 @@ class TranspositionTable {
   void clearUnder(int rule);
   // Empties the tables when they were filled under another rule. Fresh
   // pages from the system take the place of the used ones, so the cost does
-  // not grow with the size: the pages are zeroed as the search first
-  // touches them, and the used ones are given back by a thread of their
-  // own. Must not run while a search uses the table.
+  // not grow with the size: they are filled in the background, and the used
+  // ones are given back by a thread of their own. Must not run while a
+  // search uses the table.
   void ensureRule(int rule);
+  // Buckets per side that searches use now: all of them once the table is
+  // filled.
+  uint64_t liveBuckets() const { return liveMask_.load(std::memory_order_relaxed) + 1; }
 
   // Starts loading the bucket of `key` into the cache, so that a probe soon
   // after finds it there.
@@ -134,12 +144,27 @@ class TranspositionTable {
   void release(uint64_t* words, uint64_t bytes);
   void clearLocked();
   uint64_t wordCount() const { return buckets_ * 2 * kBucketEntries * kWordsPerEntry; }
+  // Takes the pages of each side's table in place, from `live` buckets up to
+  // all of them, doubling the part searches use at each step; stops early
+  // when stopFill_ is set.
+  void fill(uint64_t live);
+  void startFill(Fill fill);
+  // Stops a background fill and waits for its thread (`finish`: lets it end first).
+  void joinFill(bool finish = false);
+  // Puts a fresh block for `hashSize` in place of the old one, which is given back.
+  void install(uint64_t* words, int32_t hashSize, Fill fill);
   static uint64_t* mapZeroed(uint64_t bytes);
   static void unmap(uint64_t* words, uint64_t bytes);
 
   uint64_t* words_ = nullptr;  // two tables: side 1 then side 2, page-aligned
   std::atomic<bool> written_{false};  // something was stored since the last clear
   uint64_t buckets_ = 0;
+  // Buckets in use per side, minus one: a prefix of each side's table whose
+  // pages are in place, so that no probe waits for the system to supply a
+  // page. Only grows while a table lives; no entry lies beyond it.
+  std::atomic<uint64_t> liveMask_{0};
+  std::atomic<bool> stopFill_{false};
+  std::thread filler_;
   int32_t sizeSetting_ = -1;
   int32_t refusedSetting_ = -1;
   int rule_ = -1;

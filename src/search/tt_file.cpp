@@ -122,8 +122,7 @@ TableFile TranspositionTable::loadFrom(const char* path, int rule) {
     unmap(fresh, bytes);
     return result;
   }
-  release(words_, bytes);
-  words_ = fresh;
+  install(fresh, sizeSetting_, Fill::kNow);  // its pages are in place: the file was read into them
   rule_ = rule;
   written_.store(true, std::memory_order_relaxed);
   return TableFile::kDone;

@@ -144,5 +144,42 @@ TEST(Threads, ConcurrentStoresNeverYieldTornEntries) {
   EXPECT_EQ(bad.load(), 0);
 }
 
+// A table filled in the background serves searches from the first moment,
+// on the part in place; replacing, clearing or finishing it meanwhile is
+// safe, and a fill always ends with the whole table in use.
+TEST(Threads, BackgroundFillServesSearchesMeanwhile) {
+  TranspositionTable tt;
+  constexpr int kSize = 18;  // 64 MiB: its fill outlasts the first stores
+  ASSERT_TRUE(tt.resize(kSize, TranspositionTable::Fill::kBackground));
+  EXPECT_GE(tt.liveBuckets(), 1u << 14) << "a first part is in place at once";
+  EXPECT_LE(tt.liveBuckets(), tt.buckets());
+  std::atomic<int> bad{0};
+  std::vector<std::thread> searchers;
+  for (int t = 0; t < 2; ++t)
+    searchers.emplace_back([&, t] {
+      std::mt19937_64 rng(t);
+      Move moves[1];
+      for (int i = 0; i < 100000; ++i) {
+        const uint64_t key = rng();
+        const int32_t value = int32_t(key % 1000);
+        tt.store(key, 10, 3, value, kBoundExact, 1 + t);
+        const int32_t got = tt.probe(key, 10, 3, -kWin, kWin, 1 + t, moves, 1);
+        if (got != kNoValue && got != value) ++bad;
+      }
+    });
+  for (auto& th : searchers) th.join();
+  EXPECT_EQ(bad.load(), 0);
+  tt.clear();
+  EXPECT_EQ(tt.usage(), 0.0) << "cleared while the fill may still run";
+
+  tt.store(1, 0, 1, 10, kBoundExact, 1);
+  tt.ensureRule(2);  // a fresh block, filled anew
+  ASSERT_TRUE(tt.resize(kSize - 2, TranspositionTable::Fill::kBackground));  // stops that fill half-way
+  ASSERT_TRUE(tt.resize(kSize - 2));  // and this one waits for the fill of the same size
+  EXPECT_EQ(tt.liveBuckets(), tt.buckets());
+  tt.store(0xABCDEF, 4, 2, 77, kBoundExact, 2);
+  EXPECT_EQ(tt.probe(0xABCDEF, 4, 2, -kWin, kWin, 2, nullptr, 0), 77);
+}
+
 }  // namespace
 }  // namespace zorva
