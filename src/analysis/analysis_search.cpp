@@ -78,7 +78,7 @@ int EngineAnalysis::threatWinPlies(Colour side, int level) {
   return proof.attack(side, nullptr);
 }
 
-bool EngineAnalysis::aborted() { return engine.searchAborted != 0; }
+bool EngineAnalysis::aborted() { return engine.search.aborted != 0; }
 
 void EngineAnalysis::mergeStatistics() { turn_.mergeStatistics(); }
 
@@ -93,19 +93,19 @@ void startAnalysisClock(int32_t budgetMs) {
   t.dropFlagB = 0;
   t.aborted = false;
   t.bestMove = kNoMove;
-  engine.searchAborted = 0;
+  engine.search.aborted = 0;
 }
 
 void extendAnalysisBudget() {
   ThinkState& t = engine.think;
   t.timeBudget = int32_t(std::min<int64_t>(nowMs() - t.turnStart + t.timeBudget, INT32_MAX));
-  engine.searchAborted = 0;
+  engine.search.aborted = 0;
 }
 
 Progress progressAt(int depth) {
   const ThinkState& t = engine.think;
   // Helpers' nodes are merged only between depths; lines within one count them too.
-  return {depth, depth - t.minRemainingDepth, nowMs() - t.turnStart, t.nodeCount + searcherNodes(searchThreads())};
+  return {depth, depth - t.minRemainingDepth, nowMs() - t.turnStart, t.nodeCount + searcherNodes(searchThreads(engine.search))};
 }
 
 void finishAnalysis(int depth) {
@@ -113,7 +113,7 @@ void finishAnalysis(int depth) {
   t.elapsedMs = nowMs() - t.turnStart;
   t.currentDepth = depth;
   t.finalValue = 0;
-  t.aborted = engine.searchAborted != 0;
+  t.aborted = engine.search.aborted != 0;
 }
 
 int32_t swapPairBudget() {

@@ -5,7 +5,6 @@
 
 #include "analysis/checkmate.h"
 #include "board/eval.h"
-#include "protocol/engine_state.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
 #include "search/movegen.h"
@@ -25,12 +24,10 @@ constexpr int64_t kNoNodeLimit = INT64_MAX / 4;  // the clock and the stop reque
 constexpr int32_t kHeuristicLimit = kProvenNode - 1;
 constexpr int32_t kShownLimit = 10000;
 
-bool usable(Board& b, Move m, Colour side) { return playable(b, m, side) && !engine.blockTable[m]; }
-
 // The move played while no win is proven: the search's first candidate.
 Move fallbackMove(Searcher& s, Colour side) {
   ScoredMove moves[kMaxStones];
-  const MoveRequest request{side, 0, nullptr, 0, nullptr, engine.blockTable};
+  const MoveRequest request{side, 0, nullptr, 0, nullptr, s.ctx->blockTable};
   const int count = generateMoves(s, request, moves);
   if (count == 0) return kNoMove;
   pickBest(moves, 0, count);
@@ -39,7 +36,7 @@ Move fallbackMove(Searcher& s, Colour side) {
 
 // The move chosen and the line that starts with it.
 void playLine(Searcher& s, Move m) {
-  engine.think.bestMove = m;
+  s.ctx->think->bestMove = m;
   s.pv[0][0] = m;
   s.pvLength[0] = 1;
 }
@@ -56,7 +53,7 @@ int proveRoot(Searcher& s, int level, int threats, Colour side, bool realtime) {
   if (realtime) sendLine(reply::kRealtimeRefresh);
   for (int i = 0; i < count; ++i) {
     const Move m = moves[i];
-    if (!usable(b, m, side)) continue;
+    if (!choosable(*s.ctx, b, m, side)) continue;
     if (realtime) sendLine(reply::kRealtimePos, rowOf(m), colOf(m));
     int plies = 1;
     if (!b.threat(side, kFiveClass).contains(m)) {
@@ -67,7 +64,7 @@ int proveRoot(Searcher& s, int level, int threats, Colour side, bool realtime) {
       b.removeStone<Update::Light>(m);
       plies = rest < 0 ? -1 : rest + 1;
     }
-    if (plies < 0 && engine.searchAborted) return -1;
+    if (plies < 0 && s.ctx->aborted) return -1;
     if (realtime) sendLine(reply::kRealtimeDone, rowOf(m), colOf(m));
     if (plies >= 0) {
       playLine(s, m);
@@ -85,14 +82,14 @@ int proveRoot(Searcher& s, int level, int threats, Colour side, bool realtime) {
 }  // namespace
 
 int32_t checkmateRoot(Searcher& s, int level, int depth, Colour side) {
-  ThinkState& t = engine.think;
+  ThinkState& t = *s.ctx->think;
   s.pvLength[0] = 0;
   if (t.bestMove == kNoMove) t.bestMove = fallbackMove(s, side);
-  const bool realtime = depth >= kRealtimeDepth && engine.settings.showDetail && !engine.ponderActive;
+  const bool realtime = depth >= kRealtimeDepth && s.ctx->settings.realtime;
   // Fours first, by the family's fours solver: they cost no threat at all.
   Move four = kNoMove;
   int plies = s.board.threat(opponent(side), kFiveClass).empty() ? vcfPlies(s, side, &four) : -1;
-  if (plies >= 0 && usable(s.board, four, side)) {
+  if (plies >= 0 && choosable(*s.ctx, s.board, four, side)) {
     playLine(s, four);
     return kWin + depth - plies;
   }
@@ -100,9 +97,9 @@ int32_t checkmateRoot(Searcher& s, int level, int depth, Colour side) {
   // would find more slowly; level 4's quiet moves, the costliest threats,
   // lag a depth behind so that level 3's deeper wins come no later.
   plies = level == 2 || level == 4 ? proveRoot(s, level - 1, depth, side, false) : -1;
-  if (plies < 0 && !engine.searchAborted) plies = proveRoot(s, level, level == 4 ? depth - 1 : depth, side, realtime);
+  if (plies < 0 && !s.ctx->aborted) plies = proveRoot(s, level, level == 4 ? depth - 1 : depth, side, realtime);
   if (plies >= 0) return kWin + depth - plies;
-  if (engine.searchAborted) return 0;
+  if (s.ctx->aborted) return 0;
   if (t.bestMove != kNoMove) playLine(s, t.bestMove);
   // No win within this depth's threats: a value below the win band.
   return std::clamp(evaluate(s.board, side, s.scratch[0]), -kHeuristicLimit, kHeuristicLimit);

@@ -35,7 +35,7 @@ bool nearMap(const Board& b, bool* near) {
 }
 
 bool allowed(const Board& b, Move m, Colour colour) {
-  return b.at(m) == EMPTY && !engine.blockTable[m] && !leadsIntoBlockPath(b, m, colour) &&
+  return b.at(m) == EMPTY && !blocked(engine.search, m) && !leadsIntoBlockPath(engine.search, b, m, colour) &&
          !(b.markedCount > 0 && b.isMarked(m, colour));
 }
 

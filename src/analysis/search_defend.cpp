@@ -32,7 +32,7 @@ struct Defences {
 // it holds only when nothing threatens, and then every cell would.
 bool candidate(Board& b, Move m, Colour side) {
   const CellInfo& info = b.info[m];
-  return !engine.blockTable[m] && playable(b, m, side) &&
+  return choosable(engine.search, b, m, side) &&
          (b.stoneCount() == 0 || (info.patternWord[0] | info.patternWord[1]) != 0);
 }
 

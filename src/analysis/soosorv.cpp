@@ -47,7 +47,7 @@ bool isImageOfOffer(const Board& b, const Offers& offers, Move m, Colour side) {
 // Adds `m` unless the offers are complete, the side may not play it, or it
 // repeats an offer up to symmetry.
 void offer(Board& b, Offers& offers, int wanted, Move m, Colour side) {
-  if (offers.count >= wanted || m == kNoMove || engine.blockTable[m] || !playable(b, m, side) ||
+  if (offers.count >= wanted || m == kNoMove || !choosable(engine.search, b, m, side) ||
       isImageOfOffer(b, offers, m, side))
     return;
   offers.cells[offers.count++] = m;

@@ -7,8 +7,9 @@
 
 #include "board/board.h"
 #include "database/database.h"
-#include "protocol/relaxed.h"
+#include "search/relaxed.h"
 #include "search/block_paths.h"
+#include "search/context.h"
 #include "search/driver.h"
 
 namespace zorva {
@@ -61,7 +62,6 @@ struct EngineState {
   // their mutexes; the others are polled without a lock.
   Relaxed<int32_t> thinkMode{0};
   Relaxed<int32_t> stopFlag{0};
-  Relaxed<int32_t> searchAborted{0};
   Relaxed<int32_t> ponderActive{0};
   int32_t thinkRequested = 0;
   int32_t thinkIdle = 1;
@@ -79,6 +79,9 @@ struct EngineState {
 
   // The think driver's state between depths and turns.
   ThinkState think;
+  // What the engine's searches read: filled from the settings as each think
+  // starts (prepareSearchContext), with its own abort flag.
+  SearchContext search;
 
   // The game position; changed by the input thread while the think thread
   // is idle, and by the think thread (its own move, the rule set-up) while

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/parallel.h"
 #include "search/search.h"
@@ -53,11 +52,15 @@ bool setUp(Board& b, const BenchPosition& p, int rule) {
 }  // namespace
 
 int runBench(int depth, int threads, int splitDepth) {
-  engine.settings.maxNode = -1;  // depth alone ends each search, so the count does not depend on the clock
-  engine.settings.threadNum = std::clamp(threads, 1, kMaxSearchers);
-  if (splitDepth > 0) engine.settings.threadSplitDepth = splitDepth;
+  ThinkState think;
+  SearchContext ctx;
+  ctx.settings.maxNode = -1;  // depth alone ends each search, so the count does not depend on the clock
+  ctx.settings.threadNum = std::clamp(threads, 1, kMaxSearchers);
+  if (splitDepth > 0) ctx.settings.threadSplitDepth = splitDepth;
+  ctx.think = &think;
+  bindSearchers(ctx);
   transpositionTable.resize(kBenchHashSize);
-  startSearchThreads();
+  startSearchThreads(ctx);
   Searcher& s = searcher(0);
   int64_t totalNodes = 0;
   const int64_t start = nowMs();
@@ -65,21 +68,21 @@ int runBench(int depth, int threads, int splitDepth) {
     for (const BenchPosition& p : kPositions) {
       if (!setUp(s.board, p, rule)) return 1;
       transpositionTable.clear();
-      for (int i = 0; i < searchThreads(); ++i) {
+      for (int i = 0; i < searchThreads(ctx); ++i) {
         searcher(i).clearThreatCache();
         searcher(i).nodes = 0;
       }
-      engine.think.bestMove = kNoMove;
-      engine.think.rootValue = 0;
+      think.bestMove = kNoMove;
+      think.rootValue = 0;
       int32_t value = 0;
       for (int d = 1; d <= depth; ++d) {
-        engine.think.currentDepth = d;
-        for (int i = 0; i < searchThreads(); ++i) searcher(i).clearOrdering();
+        think.currentDepth = d;
+        for (int i = 0; i < searchThreads(ctx); ++i) searcher(i).clearOrdering();
         value = searchRoot(s, d, s.board.sideToMove());
-        engine.think.rootValue = value;
+        think.rootValue = value;
       }
-      const int64_t nodes = searcherNodes(searchThreads());
-      const Move best = engine.think.bestMove;
+      const int64_t nodes = searcherNodes(searchThreads(ctx));
+      const Move best = think.bestMove;
       std::printf("rule %d %2dx%-2d %-28s best %c%d value %d nodes %lld\n", rule, p.side, p.side, p.moves,
                   best == kNoMove ? '-' : 'a' + rowOf(best), best == kNoMove ? 0 : colOf(best) + 1, value,
                   static_cast<long long>(nodes));

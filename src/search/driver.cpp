@@ -66,7 +66,7 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
     const int32_t value = backend.searchRoot(depth, side);
     backend.mergeStatistics();
     const bool report = !quiet && depth > kEarlyStopDepth && s.showDetail;
-    if (engine.searchAborted) {
+    if (engine.search.aborted) {
       if (value != 0) {
         t.bestLine = backend.principalVariation();
         if (report)
@@ -117,7 +117,7 @@ Deepening clockedDeepening(SearchBackend& backend, const Board& board, bool quie
 
 // The threat search that finds a quick win knows nothing of the cells the
 // user took away.
-Move choosable(const Board& board, Move m) { return mayChoose(board, engine.blockTable, m) ? m : kNoMove; }
+Move choosable(const Board& board, Move m) { return mayChoose(engine.search, board, m) ? m : kNoMove; }
 
 void resetCounters(ThinkState& t) {
   t.stableCount = 0;
@@ -127,7 +127,7 @@ void resetCounters(ThinkState& t) {
   t.nodeCount = 0;
   t.minRemainingDepth = 0;
   t.aborted = false;
-  engine.searchAborted = 0;
+  engine.search.aborted = 0;
 }
 
 void report(const Settings& s, const ThinkState& t, const Board& board) {
@@ -232,7 +232,7 @@ Move playTurn(SearchBackend& backend, const Board& board, bool quiet, TurnKind k
                              ? choosable(board, backend.quickWinMove(side))
                              : kNoMove;
   if (board.stoneCount() == 0) {
-    t.bestMove = emptyBoardMove(board, engine.blockTable);
+    t.bestMove = emptyBoardMove(engine.search, board);
     t.elapsedMs = 0;
   } else if (provenWin != kNoMove) {
     t.bestMove = provenWin;
@@ -248,7 +248,7 @@ Move playTurn(SearchBackend& backend, const Board& board, bool quiet, TurnKind k
     }
     if (kind == TurnKind::Normal) updateDrawAcceptance(t.finalValue, side, t.singleReply, board);
     // A turn cut short before any depth finished still has to move.
-    if (!mayChoose(board, engine.blockTable, t.bestMove)) t.bestMove = emptyBoardMove(board, engine.blockTable);
+    if (!mayChoose(engine.search, board, t.bestMove)) t.bestMove = emptyBoardMove(engine.search, board);
   }
   if (!quiet) report(s, t, board);
   return t.bestMove;

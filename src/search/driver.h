@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "board/board.h"
-#include "protocol/relaxed.h"
+#include "search/relaxed.h"
 #include "search/report.h"
 
 namespace zorva {
@@ -45,7 +45,7 @@ class SearchBackend {
   // Clears the per-depth move-ordering tables of the searchers taking part.
   virtual void startDepth() = 0;
   // Searches the root to `depth`: writes bestMove, singleReply and the drop
-  // flags of the think state, counts nodes, may set searchAborted.
+  // flags of the think state, counts nodes, may set the abort flag.
   virtual int32_t searchRoot(int depth, Colour side) = 0;
   virtual const Line& principalVariation() = 0;
   // Adds the other searchers' statistics into the think state.

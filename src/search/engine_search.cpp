@@ -24,6 +24,8 @@ const char* ruleName(int rule) {
 
 // Rule set-up and hash set-up: the boards follow the rule in force, the
 // table its size, before the first depth of a turn.
+EngineSearch::EngineSearch() { prepareSearchContext(); }
+
 void EngineSearch::prepare() {
   const int rule = engine.settings.rule;
   if (rule != engine.think.builtRule) {
@@ -34,12 +36,25 @@ void EngineSearch::prepare() {
   }
   prepareTable();
   copyBoard(engine.board, rootSearcher().board);
-  startSearchThreads();
-  for (int i = 0; i < searchThreads(); ++i) {
+  startSearchThreads(engine.search);
+  for (int i = 0; i < searchThreads(engine.search); ++i) {
     searcher(i).clearThreatCache();
     searcher(i).minRemainingDepth = 0;
     searcher(i).nodes = 0;
   }
+}
+
+void prepareSearchContext() {
+  const Settings& s = engine.settings;
+  SearchContext& ctx = engine.search;
+  ctx.settings = {s.maxNode, s.cautionFactor, s.threeDef, s.threadNum, s.threadSplitDepth, s.useDatabase,
+                  s.dbDepthWl, s.showDetail && !engine.ponderActive};
+  ctx.think = &engine.think;
+  ctx.stopRequest = &engine.stopFlag;
+  ctx.blockTable = engine.blockTable;
+  ctx.blockPaths = &engine.blockPaths;
+  ctx.database = &engine.database;
+  bindSearchers(ctx);
 }
 
 void prepareTable() {
@@ -59,7 +74,7 @@ int32_t EngineSearch::evaluate(Colour side) {
 }
 
 void EngineSearch::startDepth() {
-  for (int i = 0; i < searchThreads(); ++i) searcher(i).clearOrdering();
+  for (int i = 0; i < searchThreads(engine.search); ++i) searcher(i).clearOrdering();
 }
 
 int32_t EngineSearch::searchRoot(int depth, Colour side) { return zorva::searchRoot(rootSearcher(), depth, side); }
@@ -72,7 +87,7 @@ const Line& EngineSearch::principalVariation() {
 }
 
 void EngineSearch::mergeStatistics() {
-  for (int i = 0; i < searchThreads(); ++i) {
+  for (int i = 0; i < searchThreads(engine.search); ++i) {
     Searcher& s = searcher(i);
     engine.think.nodeCount = engine.think.nodeCount + s.nodes;
     engine.think.minRemainingDepth = std::min(engine.think.minRemainingDepth, s.minRemainingDepth);

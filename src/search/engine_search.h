@@ -7,6 +7,8 @@ namespace zorva {
 
 class EngineSearch : public SearchBackend {
  public:
+  // Takes the settings into the engine's search context (prepareSearchContext).
+  EngineSearch();
   void prepare() override;
   int32_t evaluate(Colour side) override;
   void startDepth() override;
@@ -27,6 +29,10 @@ class EngineSearch : public SearchBackend {
 // cannot be had is reported once per size asked for; the search then goes
 // on with the table it has, or none.
 void prepareTable();
+
+// Takes the settings a search obeys, the stop flag, the blocks and the
+// database into the engine's search context and binds the searchers to it.
+void prepareSearchContext();
 
 // The rule names printed when the rule in force changes.
 const char* ruleName(int rule);

@@ -1,6 +1,5 @@
 #include "search/limits.h"
 
-#include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/parallel.h"
 
@@ -12,18 +11,18 @@ constexpr int64_t kTimeMarginMs = 30;  // the move must still travel to the mana
 }  // namespace
 
 bool countNode(Searcher& s) {
-  if (engine.searchAborted) return true;
+  SearchContext& ctx = *s.ctx;
+  if (ctx.aborted) return true;
   const int64_t counted = s.nodes + 1;
   s.nodes = counted;
   if (counted % kCheckInterval != 0) return false;
-  const Settings& settings = engine.settings;
-  const ThinkState& t = engine.think;
-  const bool limited = settings.maxNode != -1;
-  const int64_t nodes = t.nodeCount + searcherNodes(searchThreads());
-  const bool outOfNodes = limited && int64_t(settings.maxNode) < (nodes >> 10);
+  const ThinkState& t = *ctx.think;
+  const bool limited = ctx.settings.maxNode != -1;
+  const int64_t nodes = t.nodeCount + searcherNodes(searchThreads(ctx));
+  const bool outOfNodes = limited && int64_t(ctx.settings.maxNode) < (nodes >> 10);
   const bool outOfTime = limited && nowMs() - t.turnStart + kTimeMarginMs >= t.timeBudget;
-  if (outOfNodes || outOfTime || engine.stopFlag > 0) engine.searchAborted = 1;
-  return engine.searchAborted;
+  if (outOfNodes || outOfTime || (ctx.stopRequest && *ctx.stopRequest > 0)) ctx.aborted = 1;
+  return ctx.aborted;
 }
 
 }  // namespace zorva

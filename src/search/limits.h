@@ -6,7 +6,7 @@ namespace zorva {
 
 // Counts one node; every 1024 nodes checks the node limit, the time budget
 // and the stop request. Returns true once the search must stop
-// (searchAborted is then set).
+// (the context's aborted flag is then set).
 bool countNode(Searcher& s);
 
 }  // namespace zorva

@@ -5,7 +5,6 @@
 #include "board/forbid.h"
 #include "board/values.h"
 #include "board/zobrist.h"
-#include "protocol/engine_state.h"
 #include "search/vcf.h"
 #include "search/vct.h"
 
@@ -17,8 +16,8 @@ constexpr int kHistoryWeightCap = 24;  // history only breaks ties between simil
 
 // Does the opponent's open three need an answer? Under Renju black's open
 // four points that black may not play threaten nothing.
-bool mustDefendThree(Board& b, Colour side) {
-  return engine.settings.threeDef && hasPlayableOpenFour(b, opponent(side));
+bool mustDefendThree(const SearchContext& ctx, Board& b, Colour side) {
+  return ctx.settings.threeDef && hasPlayableOpenFour(b, opponent(side));
 }
 
 // The cells that answer an open three: its four and open-four points, and
@@ -68,8 +67,9 @@ int32_t stageScore(const Board& b, Move m, Colour side, const Killer* killers) {
 
 }  // namespace
 
-bool leadsIntoBlockPath(const Board& b, Move m, Colour side) {
-  const BlockPaths& paths = engine.blockPaths;
+bool leadsIntoBlockPath(const SearchContext& ctx, const Board& b, Move m, Colour side) {
+  if (!ctx.blockPaths) return false;
+  const BlockPaths& paths = *ctx.blockPaths;
   if (!paths.marked(m)) return false;
   // The front end's keys cover stones only, not the walls of a rectangle.
   uint64_t key = zobristKeys[m][side];
@@ -79,10 +79,14 @@ bool leadsIntoBlockPath(const Board& b, Move m, Colour side) {
 
 bool declaredUnusable(const Board& b, Move m, Colour side) { return b.markedCount != 0 && b.isMarked(m, side); }
 
-bool playable(Board& b, Move m, Colour side) {
+bool playable(const SearchContext& ctx, Board& b, Move m, Colour side) {
   return m >= 0 && m < kCellSlots && b.inside(rowOf(m), colOf(m)) && b.at(m) == EMPTY &&
          !declaredUnusable(b, m, side) && !(b.rule == kRenju && side == BLACK && isForbidden(b, m)) &&
-         !leadsIntoBlockPath(b, m, side);
+         !leadsIntoBlockPath(ctx, b, m, side);
+}
+
+bool choosable(const SearchContext& ctx, Board& b, Move m, Colour side) {
+  return playable(ctx, b, m, side) && !blocked(ctx, m);
 }
 
 bool hasPlayableOpenFour(Board& b, Colour side) {
@@ -95,7 +99,7 @@ bool hasPlayableOpenFour(Board& b, Colour side) {
 int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
   Board& b = s.board;
   const Colour side = request.side;
-  const bool defend = mustDefendThree(b, side);
+  const bool defend = mustDefendThree(*s.ctx, b, side);
   uint32_t defence[kMaxSide] = {};
   if (defend) defenceRows(b, side, defence);
 
@@ -110,7 +114,7 @@ int generateMoves(Searcher& s, const MoveRequest& request, ScoredMove* out) {
       if (std::find(request.skip, request.skip + request.skipCount, m) != request.skip + request.skipCount) continue;
       if (declaredUnusable(b, m, side)) continue;
       if (b.rule == kRenju && side == BLACK && isForbidden(b, m)) continue;
-      if (leadsIntoBlockPath(b, m, side)) continue;
+      if (leadsIntoBlockPath(*s.ctx, b, m, side)) continue;
       out[count++] = {stageScore(b, m, side, request.killers) + orderingScore(s, b, m, side, request.ply), m};
     }
   return count;

@@ -44,7 +44,9 @@ int keepThreatDefences(Searcher& s, Colour side, ScoredMove* moves, int count, i
 // True when `side` may play `m`: a free cell of the board, not declared
 // unusable for the side, not forbidden for Renju black, not leading into a
 // blocked path.
-bool playable(Board& b, Move m, Colour side);
+bool playable(const SearchContext& ctx, Board& b, Move m, Colour side);
+// Playable, and not a cell the user blocked: a move the engine may choose.
+bool choosable(const SearchContext& ctx, Board& b, Move m, Colour side);
 
 // True when the user declared `m` a cell `side` may not use (zvforbid for black).
 bool declaredUnusable(const Board& b, Move m, Colour side);
@@ -54,6 +56,6 @@ bool declaredUnusable(const Board& b, Move m, Colour side);
 bool hasPlayableOpenFour(Board& b, Colour side);
 
 // True when `side` playing `m` reaches a position the front end blocked.
-bool leadsIntoBlockPath(const Board& b, Move m, Colour side);
+bool leadsIntoBlockPath(const SearchContext& ctx, const Board& b, Move m, Colour side);
 
 }  // namespace zorva

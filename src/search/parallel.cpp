@@ -7,7 +7,6 @@
 #include <mutex>
 #include <thread>
 
-#include "protocol/engine_state.h"
 
 namespace zorva {
 
@@ -107,7 +106,7 @@ void work(SplitPoint& sp, Searcher& s) {
       local.alpha = sp.node.alpha;
     }
     const int32_t value = searchChild(local, m, index, local.alpha);
-    if (engine.searchAborted || abandoned(&sp)) return;
+    if (s.ctx->aborted || abandoned(&sp)) return;
     merge(sp, s, m, value);
   }
 }
@@ -140,9 +139,10 @@ struct SlotTableCloser {
 // Hands `sp` to the first idle helper; false when none is idle.
 bool recruit(SplitPoint& sp, Searcher& owner) {
   std::lock_guard guard(splitLock);
-  for (int i = 1; i < searchThreads(); ++i) {
+  for (int i = 1; i < searchThreads(*owner.ctx); ++i) {
     Slot& slot = slots[i];
     if (slot.status.load(std::memory_order_acquire) != kIdle || !slot.thread.joinable()) continue;
+    searcher(i).ctx = owner.ctx;
     copyBoard(owner.board, searcher(i).board);
     slot.split = &sp;
     sp.helpers.store(1, std::memory_order_relaxed);
@@ -155,16 +155,17 @@ bool recruit(SplitPoint& sp, Searcher& owner) {
 
 }  // namespace
 
-int searchThreads() { return std::clamp(int(engine.settings.threadNum), 1, kMaxSearchers); }
+int searchThreads(const SearchContext& ctx) { return std::clamp(int(ctx.settings.threadNum), 1, kMaxSearchers); }
 
-void startSearchThreads() {
+void startSearchThreads(const SearchContext& ctx) {
   std::lock_guard guard(splitLock);
-  for (int i = 1; i < searchThreads(); ++i)
+  for (int i = 1; i < searchThreads(ctx); ++i)
     if (!slots[i].thread.joinable()) slots[i].thread = std::thread(helperLoop, i);
 }
 
 bool canSplit(const Node& n) {
-  return n.ply > 0 && n.effDepth >= engine.settings.threadSplitDepth && searchThreads() > 1;
+  const SearchContext& ctx = *n.s->ctx;
+  return n.ply > 0 && n.effDepth >= ctx.settings.threadSplitDepth && searchThreads(ctx) > 1;
 }
 
 bool abandoned(const SplitPoint* split) {
@@ -182,7 +183,7 @@ SplitResult splitNode(Node& n, const ScoredMove* moves, int count) {
   owner.activeSplit = sp.parent;
   while (sp.helpers.load(std::memory_order_acquire) > 0) std::this_thread::yield();
   std::lock_guard guard(sp.lock);
-  if (engine.searchAborted || abandoned(sp.parent)) return SplitResult::Abandoned;
+  if (owner.ctx->aborted || abandoned(sp.parent)) return SplitResult::Abandoned;
   n.alpha = sp.node.alpha;
   n.best = sp.node.best;
   n.searched = sp.node.searched;

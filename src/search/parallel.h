@@ -9,10 +9,10 @@
 namespace zorva {
 
 // thread_num as the search uses it: 1 .. 8.
-int searchThreads();
+int searchThreads(const SearchContext& ctx);
 
 // Starts the helper threads the setting asks for (they stay for the run).
-void startSearchThreads();
+void startSearchThreads(const SearchContext& ctx);
 
 // True when `n` may share its remaining moves: deep enough, not the root,
 // more than one thread.

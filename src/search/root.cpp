@@ -6,6 +6,7 @@
 #include <span>
 
 #include "board/forbid.h"
+#include "database/database.h"
 #include "protocol/engine_state.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
@@ -28,14 +29,10 @@ constexpr int kRootVctThrees = 8;
 constexpr int32_t kBigDrop = 968;  // a fall this large is a refutation, not noise
 constexpr int32_t kDropFloor = 30;
 
-// A cell the engine may choose: playable (so on the board) and not blocked by the front end.
-bool usable(Board& b, Move m, Colour side) { return playable(b, m, side) && !engine.blockTable[m]; }
-
 // Tested between root moves against the last depth's value: flag A marks a
 // collapse, flag B a fall by a quarter of the value; either gives the turn
 // more time at once, so the running depth can still find a better move.
-void testDrops(int32_t bestSoFar, int32_t reference) {
-  ThinkState& t = engine.think;
+void testDrops(ThinkState& t, int32_t bestSoFar, int32_t reference) {
   if (t.fixedBudget || !isHeuristic(bestSoFar) || !isHeuristic(reference)) return;
   const bool collapse = !t.dropFlagA && bestSoFar < reference - kBigDrop;
   const bool fall = !t.dropFlagB && bestSoFar < reference - std::abs(reference) / 4 - kDropFloor;
@@ -47,8 +44,8 @@ void testDrops(int32_t bestSoFar, int32_t reference) {
 // At the root every reply the database knows is a candidate, however far it
 // lies from the stones: the database may hold moves the generator would never try.
 int addDatabaseMoves(Searcher& s, Colour side, ScoredMove* moves, int count) {
-  const Settings& settings = engine.settings;
-  if (!settings.useDatabase || settings.dbDepthWl < 1 || !engine.database.inUse()) return count;
+  const SearchContext& ctx = *s.ctx;
+  if (!ctx.settings.useDatabase || ctx.settings.dbDepthWl < 1 || !ctx.database || !ctx.database->inUse()) return count;
   Board& b = s.board;
   bool listed[kCellSlots] = {};
   for (int i = 0; i < count; ++i) listed[moves[i].move] = true;
@@ -57,19 +54,19 @@ int addDatabaseMoves(Searcher& s, Colour side, ScoredMove* moves, int count) {
   for (int row = 0; row < b.height; ++row)
     for (int col = 0; col < b.width; ++col) {
       const Move m = makeMove(row, col);
-      if (listed[m] || !usable(b, m, side)) continue;
+      if (listed[m] || !choosable(ctx, b, m, side)) continue;
       line[b.moveCount] = m;
       const db::Position position{b.rule, b.height, b.width, std::span<const int32_t>(line, size_t(b.moveCount + 1))};
-      if (engine.database.probe(position)) moves[count++] = {kTableMoveScore, m};
+      if (ctx.database->probe(position)) moves[count++] = {kTableMoveScore, m};
     }
   return count;
 }
 
 // The first cell of a threat set the engine may choose for `side`, or kNoMove.
-Move firstUsable(Board& b, ThreatClass c, Colour side) {
+Move firstUsable(const SearchContext& ctx, Board& b, ThreatClass c, Colour side) {
   Move found = kNoMove;
   b.threat(side, c).forEach([&](Move m) {
-    if (!usable(b, m, side)) return true;
+    if (!choosable(ctx, b, m, side)) return true;
     found = m;
     return false;
   });
@@ -81,25 +78,25 @@ bool isExcluded(std::span<const Move> excluded, Move m) {
 }
 
 // Every playable cell not ruled out, in board order.
-int everyCell(Board& b, Colour side, std::span<const Move> excluded, ScoredMove* moves) {
+int everyCell(const SearchContext& ctx, Board& b, Colour side, std::span<const Move> excluded, ScoredMove* moves) {
   int count = 0;
   for (int row = 0; row < b.height; ++row)
     for (int col = 0; col < b.width; ++col) {
       const Move m = makeMove(row, col);
-      if (usable(b, m, side) && !isExcluded(excluded, m)) moves[count++] = {0, m};
+      if (choosable(ctx, b, m, side) && !isExcluded(excluded, m)) moves[count++] = {0, m};
     }
   return count;
 }
 
 // Drops the moves an analysis ruled out, keeping the order; a list left
 // empty widens to every playable cell.
-int filterMoves(Board& b, Colour side, const RootFilter* filter, ScoredMove* moves, int count) {
+int filterMoves(Searcher& s, Colour side, const RootFilter* filter, ScoredMove* moves, int count) {
   if (!filter) return count;
   const std::span<const Move> excluded = filter->excluded;
   const int kept = int(std::remove_if(moves, moves + count, [&](const ScoredMove& m) {
                          return isExcluded(excluded, m.move);
                        }) - moves);
-  return kept > 0 ? kept : everyCell(b, side, excluded, moves);
+  return kept > 0 ? kept : everyCell(*s.ctx, s.board, side, excluded, moves);
 }
 
 // The root's moves: our five, else the block of theirs (a block the engine
@@ -108,45 +105,47 @@ int filterMoves(Board& b, Colour side, const RootFilter* filter, ScoredMove* mov
 // the generated ones. Cells the engine may not choose are never forced.
 int rootMoves(Searcher& s, int depth, Colour side, ScoredMove* moves) {
   Board& b = s.board;
-  ThinkState& t = engine.think;
+  const SearchContext& ctx = *s.ctx;
+  const ThinkState& t = *ctx.think;
   Move forced = kNoMove;
-  if ((forced = firstUsable(b, kFiveClass, side)) != kNoMove ||
-      (b.threat(opponent(side), kFiveClass).firstOf(&forced) && usable(b, forced, side)) ||
-      (b.threat(opponent(side), kFiveClass).empty() && (forced = firstUsable(b, kOpenFourClass, side)) != kNoMove)) {
+  if ((forced = firstUsable(ctx, b, kFiveClass, side)) != kNoMove ||
+      (b.threat(opponent(side), kFiveClass).firstOf(&forced) && choosable(ctx, b, forced, side)) ||
+      (b.threat(opponent(side), kFiveClass).empty() &&
+       (forced = firstUsable(ctx, b, kOpenFourClass, side)) != kNoMove)) {
     moves[0] = {0, forced};
     return 1;
   }
   Move first[kTableMoves + 1];
   int firstCount = 0;
-  if (t.bestMove != kNoMove && usable(b, t.bestMove, side)) first[firstCount++] = t.bestMove;
+  if (t.bestMove != kNoMove && choosable(ctx, b, t.bestMove, side)) first[firstCount++] = t.bestMove;
   Move stored[kTableMoves];
   int found = 0;
   transpositionTable.probe(b.hash, b.stoneCount(), depth, -kRootWindow, kRootWindow, side, stored, kTableMoves,
                            &found);
   for (int i = 0; i < found; ++i)
-    if (usable(b, stored[i], side) && std::find(first, first + firstCount, stored[i]) == first + firstCount)
+    if (choosable(ctx, b, stored[i], side) && std::find(first, first + firstCount, stored[i]) == first + firstCount)
       first[firstCount++] = stored[i];
   int count = 0;
   for (int i = 0; i < firstCount; ++i) moves[count++] = {kTableMoveScore - i, first[i]};
-  const MoveRequest request{side, 0, first, firstCount, s.killers[0], engine.blockTable};
+  const MoveRequest request{side, 0, first, firstCount, s.killers[0], ctx.blockTable};
   const int generated = generateMoves(s, request, moves + count);
   sortMoves(moves + count, generated);
   count += generated;
   // On a crowded board no empty cell may touch a line either side can use;
   // the turn must still be a move the engine may play.
-  if (count == 0) count = everyCell(b, side, {}, moves);
+  if (count == 0) count = everyCell(ctx, b, side, {}, moves);
   return addDatabaseMoves(s, side, moves, count);
 }
 
 }  // namespace
 
 int32_t searchRoot(Searcher& s, int depth, Colour side, const RootFilter* filter) {
-  ThinkState& t = engine.think;
+  ThinkState& t = *s.ctx->think;
   s.pvLength[0] = 0;
-  const bool realtime = depth >= kRealtimeDepth && engine.settings.showDetail && !engine.ponderActive;
+  const bool realtime = depth >= kRealtimeDepth && s.ctx->settings.realtime;
   const int32_t reference = t.rootValue;
   ScoredMove* moves = s.moveLists[0];
-  int count = filterMoves(s.board, side, filter, moves, rootMoves(s, depth, side, moves));
+  int count = filterMoves(s, side, filter, moves, rootMoves(s, depth, side, moves));
   const std::span<const Move> excluded = filter ? filter->excluded : std::span<const Move>();
   // A search stopped before its first move finishes still plays a legal one.
   if (t.bestMove == kNoMove && count > 0) t.bestMove = moves[0].move;
@@ -154,7 +153,7 @@ int32_t searchRoot(Searcher& s, int depth, Colour side, const RootFilter* filter
     // A win by continuous threats ends the search: the first threat is played.
     Move win = kNoMove;
     const int plies = vctPlies(s, side, kRootVctNodes, kRootVctThrees, &win);
-    if (plies >= 0 && usable(s.board, win, side) && !isExcluded(excluded, win)) {
+    if (plies >= 0 && choosable(*s.ctx, s.board, win, side) && !isExcluded(excluded, win)) {
       t.bestMove = win;
       s.pv[0][0] = win;
       s.pvLength[0] = 1;
@@ -170,12 +169,12 @@ int32_t searchRoot(Searcher& s, int depth, Colour side, const RootFilter* filter
     const Move m = moves[i].move;
     if (realtime) sendLine(reply::kRealtimePos, rowOf(m), colOf(m));
     const int32_t value = searchChild(n, m, i, n.alpha);
-    if (engine.searchAborted) return n.searched > 0 ? n.alpha : 0;
+    if (s.ctx->aborted) return n.searched > 0 ? n.alpha : 0;
     if (realtime) sendLine(reply::kRealtimeDone, rowOf(m), colOf(m));
     if (realtime && value < -kProvenNode) sendLine(reply::kRealtimeLose, rowOf(m), colOf(m));
     const int32_t before = n.alpha;
     recordResult(n, m, value);
-    testDrops(n.alpha, reference);
+    testDrops(t, n.alpha, reference);
     if (n.alpha > before) {
       t.bestMove = m;
       if (realtime) {

@@ -8,7 +8,8 @@
 #include "board/eval.h"
 #include "board/forbid.h"
 #include "board/values.h"
-#include "protocol/engine_state.h"
+#include "database/database.h"
+#include "search/driver.h"
 #include "search/limits.h"
 #include "search/movegen.h"
 #include "search/node.h"
@@ -141,7 +142,7 @@ int childExtension(Node& n, Move m) {
   const uint32_t word = b.info[m].patternWord[colourIndex(n.side)] & 0xFFFF;
   const int pv = moveValue[word];
   if (pv >= kReduceFrom) return n.extension + reduction(n, m, word, pv);
-  if (n.nullWindow || pv < kThreatFrom || n.depth < -(3 * engine.think.currentDepth) / 2) return n.extension;
+  if (n.nullWindow || pv < kThreatFrom || n.depth < -(3 * n.s->ctx->think->currentDepth) / 2) return n.extension;
   b.placeStone<Update::Light>(m, n.side);
   const bool threatens = vcf(*n.s, n.depth - 1, n.side) != 0;
   b.removeStone<Update::Light>(m);
@@ -161,11 +162,12 @@ void rememberCutoff(Searcher& s, const Node& n, Move m) {
 // The opening database near the root: positions proven won or lost end the
 // search, and at the root's children a stored value deep enough stands for it.
 bool probeDatabase(const Node& n, int32_t* value) {
-  const Settings& settings = engine.settings;
-  if (!settings.useDatabase || n.ply > settings.dbDepthWl || !engine.database.inUse()) return false;
+  const SearchContext& ctx = *n.s->ctx;
+  if (!ctx.settings.useDatabase || n.ply > ctx.settings.dbDepthWl || !ctx.database || !ctx.database->inUse())
+    return false;
   const Board& b = n.s->board;
   const db::Position position{b.rule, b.height, b.width, std::span<const int32_t>(b.moves, size_t(b.moveCount))};
-  const std::optional<db::ResultFields> record = engine.database.probe(position);
+  const std::optional<db::ResultFields> record = ctx.database->probe(position);
   if (!record) return false;
   if (record->t == kDatabaseLost) {
     *value = winIn(n.depth);
@@ -188,7 +190,7 @@ int32_t forcedBlock(Node& n, Move block) {
   Board& b = n.s->board;
   if (b.rule == kRenju && n.side == BLACK && isForbidden(b, block)) return -winIn(n.depth - 1);
   const int32_t value = searchChild(n, block, 0, n.alpha);
-  if (engine.searchAborted || abandoned(n.s->activeSplit)) return 0;
+  if (n.s->ctx->aborted || abandoned(n.s->activeSplit)) return 0;
   updatePv(*n.s, n.ply, block);
   return value;
 }
@@ -217,10 +219,10 @@ int candidateLimit(const Node& n, const ScoredMove* moves, int count) {
 }
 
 // The table's moves that are still playable here.
-int usableTableMoves(Board& b, Colour side, Move* moves, int count) {
+int usableTableMoves(const SearchContext& ctx, Board& b, Colour side, Move* moves, int count) {
   int kept = 0;
   for (int i = 0; i < count; ++i)
-    if (playable(b, moves[i], side)) moves[kept++] = moves[i];
+    if (playable(ctx, b, moves[i], side)) moves[kept++] = moves[i];
   return kept;
 }
 
@@ -230,7 +232,7 @@ bool searchMoves(Node& n, const Move* tableMoves, int tableCount) {
   Searcher& s = *n.s;
   for (int i = 0; i < tableCount; ++i) {
     const int32_t value = searchChild(n, tableMoves[i], n.searched, n.alpha);
-    if (engine.searchAborted || abandoned(s.activeSplit)) return true;
+    if (s.ctx->aborted || abandoned(s.activeSplit)) return true;
     if (recordResult(n, tableMoves[i], value)) return false;
   }
   ScoredMove* moves = s.moveLists[n.ply];
@@ -245,7 +247,7 @@ bool searchMoves(Node& n, const Move* tableMoves, int tableCount) {
     }
     pickBest(moves, i, generated);
     const int32_t value = searchChild(n, moves[i].move, n.searched, n.alpha);
-    if (engine.searchAborted || abandoned(s.activeSplit)) return true;
+    if (s.ctx->aborted || abandoned(s.activeSplit)) return true;
     if (recordResult(n, moves[i].move, value)) return false;
   }
   return false;
@@ -286,7 +288,7 @@ int32_t searchChild(Node& n, Move m, int index, int32_t alpha) {
     value = -searchNode(s, n.depth - 1, n.ply + 1, -n.beta, -alpha, other, extension);
   } else {
     value = -searchNode(s, n.depth - 1, n.ply + 1, -alpha - 1, -alpha, other, extension);
-    if (value > alpha && value < n.beta && !engine.searchAborted)
+    if (value > alpha && value < n.beta && !n.s->ctx->aborted)
       value = -searchNode(s, n.depth - 1, n.ply + 1, -n.beta, -alpha, other, extension);
   }
   b.removeStone(m);
@@ -332,30 +334,30 @@ int32_t searchNode(Searcher& s, int depth, int ply, int32_t alpha, int32_t beta,
     storeTable(n, value, kBoundExact);
     return value;
   }
-  if (engine.searchAborted) return 0;
+  if (s.ctx->aborted) return 0;
   if (depth + ((extension & ~3) >> 1) < 1) {
     s.minRemainingDepth = std::min(s.minRemainingDepth, depth);
     const int32_t value = nodeEval(n);
     storeTable(n, value, kBoundExact);
     return value;
   }
-  if (n.nullWindow && n.effDepth < kPruneDepth && engine.settings.cautionFactor < 2) {
+  if (n.nullWindow && n.effDepth < kPruneDepth && n.s->ctx->settings.cautionFactor < 2) {
     const int32_t e = nodeEval(n), margin = kPruneMargin * std::max(1, n.effDepth);
     if (e + margin <= alpha) return alpha;
     if (beta <= e - margin) return beta;
   }
 
   // Internal deepening gives a move to try first when the table has none.
-  tableCount = usableTableMoves(b, side, tableMoves, tableCount);
+  tableCount = usableTableMoves(*s.ctx, b, side, tableMoves, tableCount);
   if (tableCount == 0 && n.effDepth >= (n.nullWindow ? kInternalDepthNull : kInternalDepthFull)) {
     const int32_t inner = searchNode(s, depth - kInternalReduction, ply, alpha, beta, side, extension);
-    if (engine.searchAborted || abandoned(s.activeSplit)) return 0;
+    if (s.ctx->aborted || abandoned(s.activeSplit)) return 0;
     if (n.nullWindow && inner >= beta && inner > kProvenNode) {
       storeTable(n, inner, kBoundLower, s.pv[ply][ply]);
       return inner;
     }
     probeTable(n, tableMoves, &tableCount);
-    tableCount = usableTableMoves(b, side, tableMoves, tableCount);
+    tableCount = usableTableMoves(*s.ctx, b, side, tableMoves, tableCount);
     s.pvLength[ply] = ply;
   }
 

@@ -10,6 +10,10 @@ Searcher searchers[kMaxSearchers];
 
 Searcher& searcher(int index) { return searchers[index >= 1 && index < kMaxSearchers ? index : 0]; }
 
+void bindSearchers(SearchContext& ctx) {
+  for (Searcher& s : searchers) s.ctx = &ctx;
+}
+
 int64_t searcherNodes(int count) {
   int64_t total = 0;
   for (int i = 0; i < count && i < kMaxSearchers; ++i) total += searchers[i].nodes;

@@ -5,7 +5,8 @@
 #include <cstdint>
 
 #include "board/board.h"
-#include "protocol/relaxed.h"
+#include "search/context.h"
+#include "search/relaxed.h"
 
 namespace zorva {
 
@@ -36,6 +37,7 @@ struct VcfCacheEntry {
 struct SplitPoint;
 
 struct Searcher {
+  SearchContext* ctx = nullptr;  // the search this record takes part in
   Board board;
   Relaxed<int64_t> nodes{0};  // summed by any thread for the node limit
   int32_t minRemainingDepth = 0;
@@ -57,6 +59,9 @@ struct Searcher {
 
 // Instance `index`; an index outside 1..7 yields instance 0.
 Searcher& searcher(int index);
+
+// Makes every searcher take part in the search of `ctx`.
+void bindSearchers(SearchContext& ctx);
 
 // Nodes counted by searchers 0 .. count - 1 since their counters were reset.
 int64_t searcherNodes(int count);

@@ -3,17 +3,18 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "search/context.h"
 
 namespace zorva {
 
 // A free cell of the board that the side to move may choose: not blocked,
 // not declared unusable for it, not leading into a blocked path.
-bool mayChoose(const Board& board, const int32_t* blockTable, Move m);
+bool mayChoose(const SearchContext& ctx, const Board& board, Move m);
 
 // The centre when usable, else the usable empty cell nearest to it by
 // Manhattan distance (the first in row-major order on a tie); kNoMove when
-// no cell is usable. `blockTable` marks the cells the engine must not choose.
-Move emptyBoardMove(const Board& board, const int32_t* blockTable);
+// no cell is usable.
+Move emptyBoardMove(const SearchContext& ctx, const Board& board);
 
 // The move for a turn on the game board, or kNoMove when none is usable.
 Move chooseTurnMove();

@@ -6,7 +6,6 @@
 
 #include "board/forbid.h"
 #include "board/values.h"
-#include "protocol/engine_state.h"
 #include "search/limits.h"
 #include "search/movegen.h"
 #include "search/searcher.h"
@@ -280,7 +279,7 @@ int SolverNodes<A, L>::attack(ThreatSolver& run, int threats, Move* firstMove) {
     }
     if (L > 1 && run.truncated_) return -1;
   }
-  if (!run.truncated_ && !engine.searchAborted) memo.fail(threats);
+  if (!run.truncated_ && !run.s_.ctx->aborted) memo.fail(threats);
   return -1;
 }
 

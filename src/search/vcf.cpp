@@ -1,7 +1,6 @@
 #include "search/vcf.h"
 
 #include "board/forbid.h"
-#include "protocol/engine_state.h"
 #include "search/limits.h"
 #include "search/searcher.h"
 #include "search/tt.h"
@@ -133,7 +132,7 @@ int attack(VcfRun& run, Colour side, int budget, Move* firstMove) {
       return plies;
     }
   }
-  if (!run.truncated && !engine.searchAborted) slot = {key, -1, int16_t(budget)};
+  if (!run.truncated && !run.s.ctx->aborted) slot = {key, -1, int16_t(budget)};
   return -1;
 }
 

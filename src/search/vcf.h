@@ -15,7 +15,7 @@ constexpr int kVcfDepthBase = 484;
 constexpr int kMaxVcfPlies = 40;
 
 // 0 when `side` has no win by continuous fours, else r > 0 such that
-// depth - 484 + r is the node's win value. Honours searchAborted (then 0).
+// depth - 484 + r is the node's win value. Honours the abort flag (then 0).
 int32_t vcf(Searcher& s, int depth, Colour side);
 
 constexpr int kVcfNodeLimit = 6000;  // per call: a threat search must stay cheap at every node

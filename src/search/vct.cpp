@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "protocol/engine_state.h"
 #include "search/searcher.h"
 #include "search/threat_solver.h"
 
@@ -30,7 +29,7 @@ int vctPlies(Searcher& s, Colour side, int nodeBudget, int maxThrees, Move* firs
   if (!firstMove && slot.key == key && slot.plies < 0 && nodeBudget <= slot.budget * kRunBudgetUnit) return -1;
   ThreatSolver run(s, 1, {nodeBudget, maxThrees, kAttackWidth}, zone);
   const int plies = run.attack(side, firstMove);
-  if (plies < 0 && run.truncated() && !engine.searchAborted)
+  if (plies < 0 && run.truncated() && !s.ctx->aborted)
     cacheSlot(s, key) = {key, -1, int16_t(std::min(nodeBudget / kRunBudgetUnit, int(INT16_MAX)))};
   return plies;
 }

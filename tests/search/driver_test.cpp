@@ -123,7 +123,7 @@ TEST_F(DriverTest, AbortedDepthWithoutValueIsDiscarded) {
   search.onDepth = [](int depth) {
     engine.think.bestMove = makeMove(6, depth);
     if (depth < 6) return 40 + depth;
-    engine.searchAborted = 1;
+    engine.search.aborted = 1;
     return 0;
   };
   EXPECT_EQ(runTurnDriver(search, board), makeMove(6, 5)) << "the move of the last finished depth";
@@ -136,7 +136,7 @@ TEST_F(DriverTest, AbortedDepthWithValueCountsAndIsStarred) {
   search.onDepth = [](int depth) {
     engine.think.bestMove = makeMove(7, 8);
     if (depth < 6) return 40;
-    engine.searchAborted = 1;
+    engine.search.aborted = 1;
     return -700;
   };
   runTurnDriver(search, board);
@@ -211,7 +211,7 @@ TEST_F(DriverTest, DecisionSearchIgnoresSingleRepliesAndKeepsAnAbortedValue) {
     engine.think.singleReply = 1;
     engine.think.dropFlagA = 1;  // would lengthen a turn's budget
     if (depth < 7) return -30;
-    engine.searchAborted = 1;
+    engine.search.aborted = 1;
     return -45;
   };
   EXPECT_EQ(runDecisionSearch(search, board), -45);
@@ -228,7 +228,7 @@ TEST_F(DriverTest, CheckmateThinkKeepsOnlyAnInterruptedWinAndJudgesNoDraw) {
     engine.think.bestMove = makeMove(6, depth);
     engine.think.singleReply = 1;  // would end a turn after depth 5
     if (depth < 7) return -300;
-    engine.searchAborted = 1;
+    engine.search.aborted = 1;
     return kWin + depth - 5;
   };
   EXPECT_EQ(runCheckmateDriver(search, board, true), makeMove(6, 7)) << "the interrupted win is kept";
@@ -237,7 +237,7 @@ TEST_F(DriverTest, CheckmateThinkKeepsOnlyAnInterruptedWinAndJudgesNoDraw) {
   search.onDepth = [](int depth) {
     engine.think.bestMove = makeMove(6, depth);
     if (depth < 3) return 20;
-    engine.searchAborted = 1;
+    engine.search.aborted = 1;
     return 0;
   };
   EXPECT_EQ(runCheckmateDriver(search, board, true), makeMove(6, 2)) << "an interrupted iteration without a value";

@@ -13,6 +13,7 @@
 #include "search/searcher.h"
 #include "search/tt.h"
 #include "search/vcf.h"
+#include "search/engine_search.h"
 
 namespace zorva {
 namespace {
@@ -27,9 +28,10 @@ class SearchTest : public ::testing::Test {
   }
   void SetUp() override {
     transpositionTable.clear();
-    engine.searchAborted = 0;
+    engine.search.aborted = 0;
     engine.stopFlag = 0;
     engine.settings.maxNode = -1;  // no time limit: results must not depend on the clock
+    prepareSearchContext();
     s.clearOrdering();
   }
   void setUp(int rule, Cells black, Cells white) {

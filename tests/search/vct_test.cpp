@@ -16,6 +16,7 @@
 #include "search/tt.h"
 #include "search/vcf.h"
 #include "search/vct.h"
+#include "search/engine_search.h"
 
 namespace zorva {
 namespace {
@@ -57,7 +58,8 @@ bool winHolds(Searcher& s, Colour attacker, int levels) {
 TEST(Threes, EveryClaimedWinHoldsAgainstEveryDefence) {
   initZobrist();
   engine.settings.maxNode = -1;
-  engine.searchAborted = 0;
+  engine.search.aborted = 0;
+  prepareSearchContext();
   Searcher& s = searcher(2);
   std::mt19937 rng(7);
   int wins = 0, checked = 0;
@@ -108,7 +110,8 @@ TEST(Threes, RootPlaysTheWinAndDefendsAgainstIt) {
   initZobrist();
   transpositionTable.resize(16);
   engine.settings.maxNode = -1;
-  engine.searchAborted = 0;
+  engine.search.aborted = 0;
+  prepareSearchContext();
   Searcher& s = searcher(2);
   doubleThreePosition(s, WHITE);
   ASSERT_LT(vcfPlies(s, WHITE, nullptr), 0);
@@ -149,7 +152,8 @@ TEST(Threes, RootPlaysTheWinAndDefendsAgainstIt) {
 TEST(Threes, DefenceFilterDropsMovesThatLeaveAWinByFours) {
   initZobrist();
   engine.settings.maxNode = -1;
-  engine.searchAborted = 0;
+  engine.search.aborted = 0;
+  prepareSearchContext();
   Searcher& s = searcher(2);
   s.clearThreatCache();
   const char* black = "cdcgefeggdhhjhjnkckgklknnbohqi";

@@ -368,7 +368,7 @@ Move coldThink(int rule, int size, const char* black, const char* white, TurnLim
   s.threadSplitDepth = 2;  // low enough that helpers join at these depths
   s.hashSize = 16;
   engine.stopFlag = 0;
-  engine.searchAborted = 0;
+  engine.search.aborted = 0;
   engine.think.builtRule = -1;
   engine.think.finalValue = 0;
   engine.think.currentDepth = 0;

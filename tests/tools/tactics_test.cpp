@@ -21,6 +21,7 @@
 #include "search/vcf.h"
 #include "tools/four_positions.h"
 #include "tools/referee_search.h"
+#include "search/engine_search.h"
 
 namespace zorva {
 namespace {
@@ -41,9 +42,10 @@ class TacticsTest : public ::testing::TestWithParam<Tactic> {
  protected:
   static void SetUpTestSuite() { initZobrist(); }
   void SetUp() override {
-    engine.searchAborted = 0;
+    engine.search.aborted = 0;
     engine.stopFlag = 0;
     engine.settings.maxNode = -1;  // no clock: the verdict must not depend on the machine's speed
+    prepareSearchContext();
   }
 
   // The threat search's plies to the five for `side`, or -1.

@@ -12,6 +12,7 @@
 #include "protocol/engine_state.h"
 #include "search/searcher.h"
 #include "search/vcf.h"
+#include "search/engine_search.h"
 
 namespace zorva {
 namespace {
@@ -75,7 +76,8 @@ struct Brute {
 TEST(RefereeCrossCheck, ThreatSearchWinsAreRealAndShortOnesAreFound) {
   initZobrist();
   engine.settings.maxNode = -1;
-  engine.searchAborted = 0;
+  engine.search.aborted = 0;
+  prepareSearchContext();
   Searcher& s = searcher(2);
   std::mt19937 rng(777);
   int wins = 0, checked = 0;

@@ -11,6 +11,7 @@
 #include "search/movegen.h"
 #include "search/searcher.h"
 #include "search/vcf.h"
+#include "search/driver.h"
 
 namespace zorva::tune {
 
@@ -75,6 +76,11 @@ Sample describe(Board& b, Colour side, Move* scratch) {
 std::vector<Sample> readSamples(const std::string& path, SampleStats& stats, const Labels& labels) {
   std::vector<Sample> samples;
   std::ifstream in(path);
+  // Threat searches with the engine's default limits, outside any think.
+  ThinkState think;
+  SearchContext ctx;
+  ctx.think = &think;
+  bindSearchers(ctx);
   Searcher& s = searcher(0);
   std::string line;
   while (std::getline(in, line)) {
