@@ -1,6 +1,7 @@
 #pragma once
 // What the analyses tell while they run and when they end. They hand plain
-// results to a reporter; the protocol's reporter prints them.
+// results to a reporter; the protocol's reporter (protocol/analysis_lines.h)
+// prints them.
 #include <cstdint>
 #include <span>
 
@@ -40,29 +41,6 @@ class AnalysisReporter {
   // No swap after three stones: the fourth and fifth stones offered instead
   // (kNoMove when there is no pair to offer).
   virtual void swapStones(Move fourth, Move fifth) = 0;
-};
-
-// Prints through the protocol's output: progress cells in letter form, the
-// opening rules' answers as row and column.
-class ProtocolReporter : public AnalysisReporter, public SoosorvReporter {
- public:
-  // `defendVariant`: 0 for the threat-based search-defend, else the solver
-  // level its variant is built on (1 or 2).
-  explicit ProtocolReporter(int boardHeight, int defendVariant = 0)
-      : height_(boardHeight), defendVariant_(defendVariant) {}
-  void balance(const Progress& p, int32_t offset, int32_t score, std::span<const Move> stones, bool final) override;
-  void nbest(std::span<const RankedMove> moves) override;
-  void defence(std::span<const RankedMove> holding) override;
-  void noDefence(const RankedMove& longest, int lossPlies) override;
-  void swapAnswer(SwapStep step, bool swap) override;
-  void swapStones(Move fourth, Move fifth) override;
-  void fifthOffers(std::span<const Move> cells) override;
-  void fifthOffersShort() override;
-  void fifthChoice(Move cell) override;
-
- private:
-  int height_;
-  int defendVariant_;
 };
 
 }  // namespace zorva

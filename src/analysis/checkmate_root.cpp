@@ -5,11 +5,8 @@
 
 #include "analysis/checkmate.h"
 #include "board/eval.h"
-#include "protocol/messages.h"
-#include "protocol/output.h"
 #include "search/movegen.h"
 #include "search/node.h"
-#include "search/report.h"
 #include "search/searcher.h"
 #include "search/threat_solver.h"
 #include "search/tt.h"
@@ -50,11 +47,12 @@ int proveRoot(Searcher& s, int level, int threats, Colour side, bool realtime) {
   Move moves[kMaxStones];
   const int count = run.attackerMoves(side, moves);
   const bool forced = b.threat(side, kFiveClass).empty() && !b.threat(opponent(side), kFiveClass).empty();
-  if (realtime) sendLine(reply::kRealtimeRefresh);
+  SearchObserver& observer = *s.ctx->observer;
+  if (realtime) observer.rootPass();
   for (int i = 0; i < count; ++i) {
     const Move m = moves[i];
     if (!choosable(*s.ctx, b, m, side)) continue;
-    if (realtime) sendLine(reply::kRealtimePos, rowOf(m), colOf(m));
+    if (realtime) observer.rootMoveStarted(m);
     int plies = 1;
     if (!b.threat(side, kFiveClass).contains(m)) {
       // A four, or the block of the opponent's four, costs no threat.
@@ -65,14 +63,10 @@ int proveRoot(Searcher& s, int level, int threats, Colour side, bool realtime) {
       plies = rest < 0 ? -1 : rest + 1;
     }
     if (plies < 0 && s.ctx->aborted) return -1;
-    if (realtime) sendLine(reply::kRealtimeDone, rowOf(m), colOf(m));
+    if (realtime) observer.rootMoveDone(m, false);
     if (plies >= 0) {
       playLine(s, m);
-      if (realtime) {
-        sendLine(reply::kRealtimeBest, rowOf(m), colOf(m));
-        sendLine(reply::kRealtimeVal, kShownLimit);
-        reportRealtimeLine(s.pv[0], s.pvLength[0]);
-      }
+      if (realtime) observer.rootBest(m, kShownLimit, s.pv[0], s.pvLength[0]);
       return plies;
     }
   }

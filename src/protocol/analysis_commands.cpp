@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "analysis/jobs.h"
+#include "protocol/jobs.h"
 #include "protocol/commands.h"
 #include "protocol/engine_state.h"
 #include "protocol/messages.h"

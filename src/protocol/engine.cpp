@@ -79,7 +79,7 @@ void runConfiguration() {
   }
   const config::ScriptResult result = config::runScript(text.str(), bindings);
   if (!result.ok) {
-    sendLine("ERROR (config) %s", result.error.c_str());
+    sendLine(reply::kConfigError, result.error.c_str());
     std::exit(kConfigExitStatus);
   }
   for (int i = 0; i < kBound; ++i) s.*bound[i].setting = settingValue(bound[i].setting, values[i]);

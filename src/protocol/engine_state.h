@@ -51,6 +51,10 @@ struct Settings {
 };
 
 struct EngineState {
+  // Points the search context at the stop flag, the blocks, the database
+  // and the protocol's progress lines.
+  EngineState();
+
   Settings settings;
 
   // First and second number of START/RECTSTART; 0 until a game starts.
@@ -79,8 +83,8 @@ struct EngineState {
 
   // The think driver's state between depths and turns.
   ThinkState think;
-  // What the engine's searches read: filled from the settings as each think
-  // starts (prepareSearchContext), with its own abort flag.
+  // What the engine's searches read; its settings are taken as each think
+  // starts (prepareSearchContext).
   SearchContext search;
 
   // The game position; changed by the input thread while the think thread

@@ -5,6 +5,7 @@
 #include "protocol/engine_state.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
+#include "protocol/progress.h"
 #include "search/engine_search.h"
 
 namespace zorva {
@@ -47,7 +48,7 @@ void newGame(bool checkSize) {
   engine.think.builtRule = -1;
   sendLine(reply::kGreeting, reply::kEdition, reply::kVersion);
   engine.board.reset(engine.boardWidth, engine.boardHeight, engine.settings.rule);
-  prepareTable();
+  prepareTable(progressLines());
   sendLine(reply::kOk);
 }
 

@@ -63,6 +63,16 @@ inline constexpr char kRefusedDamaged[] = "damaged (checksum)";
 inline constexpr char kRefusedMemory[] = "no memory to read it into";
 
 // Progress lines of the search.
+inline constexpr char kDepthDone[] = "MESSAGE DETAIL DEPTH:%d-%d VAL:%d TIME:%ldms NODE:%dm [%c,%d]";
+inline constexpr char kDepthCut[] = "MESSAGE DETAIL DEPTH:%d-%d* VAL:%d TIME:%ldms NODE:%dm [%c,%d]";
+inline constexpr char kTurnSummary[] = "MESSAGE %d | %d | %ldms | %ld | %d %s";
+inline constexpr char kTurnDepth[] = "MESSAGE Depth: %d-%d | Time: %ldms | Node: %dm";
+inline constexpr char kTurnSpeed[] = "MESSAGE Speed: %ld | Evaluation: %d %s";
+inline constexpr char kBestLine[] = "MESSAGE %s";
+inline constexpr char kBestLineLabel[] = "Bestline: ";
+inline constexpr char kBlockedCells[] = "MESSAGE Block%s";
+inline constexpr char kRule[] = "MESSAGE Rule %s";
+inline constexpr char kConfigError[] = "ERROR (config) %s";
 inline constexpr char kRealtimePv[] = "MESSAGE REALTIME PV";
 // The root's lines per root move (row and column from 0) and per depth.
 inline constexpr char kRealtimeRefresh[] = "MESSAGE REALTIME REFRESH";

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <optional>
 
-#include "analysis/jobs.h"
+#include "protocol/jobs.h"
 #include "analysis/soosorv.h"
 #include "analysis/soosorv_book.h"
 #include "analysis/symmetry.h"

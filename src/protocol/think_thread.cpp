@@ -5,11 +5,12 @@
 #include <thread>
 
 #include "analysis/checkmate.h"
-#include "analysis/jobs.h"
+#include "protocol/jobs.h"
 #include "protocol/engine_state.h"
 #include "protocol/game.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
+#include "protocol/progress.h"
 #include "search/engine_search.h"
 #include "search/think.h"
 
@@ -101,7 +102,7 @@ void prepareTableWhileIdle() {
   std::unique_lock lock(idleMutex);
   if (!engine.thinkIdle) return;
   lock.unlock();
-  prepareTable();
+  prepareTable(progressLines());
 }
 
 void stopThinking() {

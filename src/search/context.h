@@ -7,6 +7,7 @@
 
 #include "board/board.h"
 #include "search/block_paths.h"
+#include "search/observer.h"
 #include "search/relaxed.h"
 
 namespace zorva {
@@ -37,6 +38,7 @@ struct SearchContext {
   const int32_t* blockTable = nullptr;            // cells the engine never chooses (1), or null
   const BlockPaths* blockPaths = nullptr;         // positions the engine never moves into, or null
   db::Database* database = nullptr;               // consulted near the root while in use, or null
+  SearchObserver* observer = &silentObserver();   // told of progress and results
 };
 
 // True when the user ruled `m` out for the engine: a blocked cell.

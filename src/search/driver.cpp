@@ -44,7 +44,13 @@ void setDepthBudget(const Settings& s, ThinkState& t, Colour side, const Board& 
   if (s.rule == 2) v += side == BLACK ? -kRenjuBias : kRenjuBias;
   t.valueUnstable = std::abs(v) > kUnstableValue;
   t.timeBudget = depthBudget(s, t.valueUnstable, t.dropFlagA, t.dropFlagB);
+  for (int flags = 0; flags < 4; ++flags) t.dropBudgets[flags] = depthBudget(s, t.valueUnstable, flags & 1, flags >> 1);
   if (fitsEvenShare(s, t.timeBudget, board)) run.plentiful = true;
+}
+
+void reportDepth(const ThinkState& t, int depth, int32_t value, const Board& board, bool aborted) {
+  engine.search.observer->depthDone(
+      {depth, t.minRemainingDepth, value, nowMs() - t.turnStart, t.nodeCount, t.bestMove, board.height, aborted});
 }
 
 // A turn's deepening recomputes its budget at every depth and may stop
@@ -69,9 +75,7 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
     if (engine.search.aborted) {
       if (value != 0) {
         t.bestLine = backend.principalVariation();
-        if (report)
-          reportDepth(depth, t.minRemainingDepth, value, nowMs() - t.turnStart, t.nodeCount, t.bestMove,
-                      board.height, true);
+        if (report) reportDepth(t, depth, value, board, true);
         run = {depth, value, run.plentiful};
       } else {
         t.bestMove = t.previousBestMove;
@@ -80,9 +84,7 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
       return run;
     }
     t.bestLine = backend.principalVariation();
-    if (report)
-      reportDepth(depth, t.minRemainingDepth, value, nowMs() - t.turnStart, t.nodeCount, t.bestMove, board.height,
-                  false);
+    if (report) reportDepth(t, depth, value, board, false);
     run = {depth, value, run.plentiful};
     if (value > kProvenRoot || value < -kProvenRoot) return run;
     if (kind != Deepen::Decision && t.singleReply && depth > kEarlyStopDepth && s.earlyStop) return run;
@@ -139,8 +141,9 @@ void report(const Settings& s, const ThinkState& t, const Board& board) {
   summary.value = t.finalValue;
   summary.aborted = t.aborted;
   summary.showDetail = s.showDetail != 0;
-  reportTurn(summary, t.bestLine, board.height);
-  if (s.showDetail) reportBlockedCells(engine.blockTable, board.width, board.height);
+  summary.boardWidth = board.width;
+  summary.boardHeight = board.height;
+  engine.search.observer->turnDone(summary, t.bestLine, engine.blockTable);
 }
 
 }  // namespace

@@ -26,6 +26,9 @@ struct ThinkState {
   int32_t valueUnstable = 0;
   Relaxed<int32_t> dropFlagA{0};  // set by the root search when the value drops
   Relaxed<int32_t> dropFlagB{0};
+  // The budget the root takes at once when it sets drop flags, by flags (A
+  // in bit 0, B in bit 1); set before each depth of a turn.
+  int32_t dropBudgets[4] = {};
   Relaxed<int64_t> nodeCount{0};
   int32_t minRemainingDepth = 0;
   Line bestLine;

@@ -4,8 +4,6 @@
 
 #include "board/eval.h"
 #include "protocol/engine_state.h"
-#include "protocol/messages.h"
-#include "protocol/output.h"
 #include "search/parallel.h"
 #include "search/search.h"
 #include "search/searcher.h"
@@ -18,10 +16,6 @@ namespace {
 Searcher& rootSearcher() { return searcher(0); }
 }  // namespace
 
-const char* ruleName(int rule) {
-  return rule == kFreestyle ? "Gomoku (Freestyle)" : rule == kStandard ? "Gomoku (Standard)" : "Renju";
-}
-
 // Rule set-up and hash set-up: the boards follow the rule in force, the
 // table its size, before the first depth of a turn.
 EngineSearch::EngineSearch() { prepareSearchContext(); }
@@ -29,12 +23,12 @@ EngineSearch::EngineSearch() { prepareSearchContext(); }
 void EngineSearch::prepare() {
   const int rule = engine.settings.rule;
   if (rule != engine.think.builtRule) {
-    sendLine("MESSAGE Rule %s", ruleName(rule));
+    engine.search.observer->ruleSetUp(rule);
     std::lock_guard lock(engine.boardLock);
     engine.board.setRule(rule);
     engine.think.builtRule = rule;
   }
-  prepareTable();
+  prepareTable(*engine.search.observer);
   copyBoard(engine.board, rootSearcher().board);
   startSearchThreads(engine.search);
   for (int i = 0; i < searchThreads(engine.search); ++i) {
@@ -49,21 +43,16 @@ void prepareSearchContext() {
   SearchContext& ctx = engine.search;
   ctx.settings = {s.maxNode, s.cautionFactor, s.threeDef, s.threadNum, s.threadSplitDepth, s.useDatabase,
                   s.dbDepthWl, s.showDetail && !engine.ponderActive};
-  ctx.think = &engine.think;
-  ctx.stopRequest = &engine.stopFlag;
-  ctx.blockTable = engine.blockTable;
-  ctx.blockPaths = &engine.blockPaths;
-  ctx.database = &engine.database;
   bindSearchers(ctx);
 }
 
-void prepareTable() {
+void prepareTable(SearchObserver& observer) {
   TranspositionTable& table = transpositionTable;
   const int32_t size = engine.settings.hashSize;
   if (size != table.sizeSetting() && size != table.refusedSetting() && !table.resize(size, TranspositionTable::Fill::kBackground)) {
     constexpr uint64_t kMiB = 1 << 20;
-    sendLine(reply::kHashRefused, (unsigned long long)(TranspositionTable::bytesFor(size) / kMiB),
-             (unsigned long long)(table.allocated() ? TranspositionTable::bytesFor(table.sizeSetting()) / kMiB : 0));
+    observer.tableRefused(TranspositionTable::bytesFor(size) / kMiB,
+                          table.allocated() ? TranspositionTable::bytesFor(table.sizeSetting()) / kMiB : 0);
   }
   table.ensureRule(engine.settings.rule);
 }

@@ -2,6 +2,7 @@
 // The engine's search behind the think driver: searcher 0 on a copy of the
 // game board, the shared transposition table.
 #include "search/driver.h"
+#include "search/observer.h"
 
 namespace zorva {
 
@@ -28,13 +29,10 @@ class EngineSearch : public SearchBackend {
 // set-up, and a command answers without waiting for the pages. Memory that
 // cannot be had is reported once per size asked for; the search then goes
 // on with the table it has, or none.
-void prepareTable();
+void prepareTable(SearchObserver& observer);
 
-// Takes the settings a search obeys, the stop flag, the blocks and the
-// database into the engine's search context and binds the searchers to it.
+// Takes the settings a search obeys into the engine's search context and
+// binds the searchers to it.
 void prepareSearchContext();
-
-// The rule names printed when the rule in force changes.
-const char* ruleName(int rule);
 
 }  // namespace zorva

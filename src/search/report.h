@@ -1,5 +1,5 @@
 #pragma once
-// Progress and end-of-turn lines of the think driver, all through sendLine.
+// What a think reports when it ends: its best line and its summary.
 #include <cstdint>
 
 #include "board/board.h"
@@ -22,20 +22,8 @@ struct TurnSummary {
   int32_t value = 0;         // the turn's final value
   bool aborted = false;
   bool showDetail = false;
+  int boardWidth = 0;
+  int boardHeight = 0;
 };
-
-// The value shown to the user: proven results lose their depth offset, and
-// everything is clamped to the display range.
-int32_t displayedValue(int32_t value, int depth, bool aborted);
-const char* valueLabel(int32_t displayed);
-
-void reportDepth(int depth, int minRemainingDepth, int32_t value, int64_t elapsedMs, int64_t nodes, Move best,
-                 int boardHeight, bool aborted);
-void reportTurn(const TurnSummary& summary, const Line& bestLine, int boardHeight);
-// The root's best line each time it changes during a depth: row and column
-// from 0, as in the other REALTIME lines.
-void reportRealtimeLine(const Move* moves, int length);
-// Reminds the user which cells the engine was not allowed to choose.
-void reportBlockedCells(const int32_t* blockTable, int boardWidth, int boardHeight);
 
 }  // namespace zorva

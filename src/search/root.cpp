@@ -7,12 +7,9 @@
 
 #include "board/forbid.h"
 #include "database/database.h"
-#include "protocol/engine_state.h"
-#include "protocol/messages.h"
-#include "protocol/output.h"
+#include "search/driver.h"
 #include "search/movegen.h"
 #include "search/node.h"
-#include "search/report.h"
 #include "search/search.h"
 #include "search/searcher.h"
 #include "search/tt.h"
@@ -38,7 +35,7 @@ void testDrops(ThinkState& t, int32_t bestSoFar, int32_t reference) {
   const bool fall = !t.dropFlagB && bestSoFar < reference - std::abs(reference) / 4 - kDropFloor;
   if (collapse) t.dropFlagA = 1;
   if (fall) t.dropFlagB = 1;
-  if (collapse || fall) t.timeBudget = depthBudget(engine.settings, t.valueUnstable, t.dropFlagA, t.dropFlagB);
+  if (collapse || fall) t.timeBudget = t.dropBudgets[t.dropFlagA | t.dropFlagB << 1];
 }
 
 // At the root every reply the database knows is a candidate, however far it
@@ -162,26 +159,22 @@ int32_t searchRoot(Searcher& s, int depth, Colour side, const RootFilter* filter
     count = keepThreatDefences(s, side, moves, count, kRootVctNodes, kRootVctThrees);
   }
   t.singleReply = count == 1;
-  if (realtime) sendLine(reply::kRealtimeRefresh);
+  SearchObserver& observer = *s.ctx->observer;
+  if (realtime) observer.rootPass();
 
   Node n(&s, depth, 0, 0, -kRootWindow, kRootWindow, side);
   for (int i = 0; i < count; ++i) {
     const Move m = moves[i].move;
-    if (realtime) sendLine(reply::kRealtimePos, rowOf(m), colOf(m));
+    if (realtime) observer.rootMoveStarted(m);
     const int32_t value = searchChild(n, m, i, n.alpha);
     if (s.ctx->aborted) return n.searched > 0 ? n.alpha : 0;
-    if (realtime) sendLine(reply::kRealtimeDone, rowOf(m), colOf(m));
-    if (realtime && value < -kProvenNode) sendLine(reply::kRealtimeLose, rowOf(m), colOf(m));
+    if (realtime) observer.rootMoveDone(m, value < -kProvenNode);
     const int32_t before = n.alpha;
     recordResult(n, m, value);
     testDrops(t, n.alpha, reference);
     if (n.alpha > before) {
       t.bestMove = m;
-      if (realtime) {
-        sendLine(reply::kRealtimeBest, rowOf(m), colOf(m));
-        sendLine(reply::kRealtimeVal, std::clamp(value, -10000, 10000));
-        reportRealtimeLine(s.pv[0], s.pvLength[0]);
-      }
+      if (realtime) observer.rootBest(m, value, s.pv[0], s.pvLength[0]);
     }
   }
   if (count == 0) return 0;

@@ -7,6 +7,7 @@
 
 #include "protocol/commands.h"
 #include "protocol/engine_state.h"
+#include "protocol/progress.h"
 #include "protocol/scan.h"
 #include "protocol/settings.h"
 
@@ -86,6 +87,15 @@ TEST(Info, KeysAndSpecialValues) {
   handleInfo("no_such_key 9");
   handleInfo("timeout_turn");
   EXPECT_EQ(s.timeoutTurn, 0) << "a missing number reads as 0";
+}
+
+TEST(Progress, DisplayedValues) {
+  EXPECT_EQ(displayedValue(9999990, 6, false), 10000) << "9999984 clamped";
+  EXPECT_EQ(displayedValue(-9999990, 6, true), -9999);
+  EXPECT_EQ(displayedValue(501, 3, false), 501);
+  EXPECT_STREQ(valueLabel(501), ":-)");
+  EXPECT_STREQ(valueLabel(500), "");
+  EXPECT_STREQ(valueLabel(-501), ":-(");
 }
 
 }  // namespace

@@ -271,15 +271,6 @@ TEST(Budget, Formulas) {
   EXPECT_EQ(ponderBudget(s), 60000 / 16);
 }
 
-TEST(Report, DisplayedValues) {
-  EXPECT_EQ(displayedValue(9999990, 6, false), 10000) << "9999984 clamped";
-  EXPECT_EQ(displayedValue(-9999990, 6, true), -9999);
-  EXPECT_EQ(displayedValue(501, 3, false), 501);
-  EXPECT_STREQ(valueLabel(501), ":-)");
-  EXPECT_STREQ(valueLabel(500), "");
-  EXPECT_STREQ(valueLabel(-501), ":-(");
-}
-
 TEST(DrawAcceptance, FollowsValueAndStones) {
   static Board b;
   b.reset(15, 15, 0);

@@ -1,10 +1,10 @@
-#include "analysis/analysis_report.h"
+#include "protocol/analysis_lines.h"
 
 #include <algorithm>
 
 #include "protocol/messages.h"
 #include "protocol/output.h"
-#include "search/report.h"
+#include "protocol/progress.h"
 
 namespace zorva {
 

@@ -1,8 +1,8 @@
-#include "analysis/jobs.h"
+#include "protocol/jobs.h"
 
 #include <cstdint>
 
-#include "analysis/analysis_report.h"
+#include "protocol/analysis_lines.h"
 #include "analysis/analysis_search.h"
 #include "analysis/balance.h"
 #include "analysis/nbest.h"

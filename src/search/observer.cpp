@@ -1,0 +1,10 @@
+#include "search/observer.h"
+
+namespace zorva {
+
+SearchObserver& silentObserver() {
+  static SearchObserver silent;
+  return silent;
+}
+
+}  // namespace zorva
