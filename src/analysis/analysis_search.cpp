@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/parallel.h"
 #include "search/search.h"
@@ -35,6 +34,8 @@ constexpr int kSwapPairShare = 4;
 Searcher& analysisSearcher() { return searcher(0); }
 }  // namespace
 
+SearchContext& EngineAnalysis::context() { return turn_.context(); }
+
 void EngineAnalysis::prepare() {
   turn_.prepare();
   clearSolverMemo();
@@ -45,7 +46,7 @@ Board& EngineAnalysis::board() { return analysisSearcher().board; }
 int32_t EngineAnalysis::evaluate(Colour side) { return turn_.evaluate(side); }
 
 void EngineAnalysis::startDepth(int plies) {
-  engine.think.currentDepth = plies;
+  context().think->currentDepth = plies;
   turn_.startDepth();
 }
 
@@ -54,7 +55,7 @@ int32_t EngineAnalysis::searchNode(int depth, int ply, int32_t alpha, int32_t be
 }
 
 RootResult EngineAnalysis::searchRoot(int depth, Colour side, std::span<const Move> excluded, Move hint) {
-  ThinkState& t = engine.think;
+  ThinkState& t = *context().think;
   t.bestMove = hint;
   t.singleReply = 0;
   const RootFilter filter{excluded};
@@ -63,8 +64,8 @@ RootResult EngineAnalysis::searchRoot(int depth, Colour side, std::span<const Mo
 }
 
 DecisionResult EngineAnalysis::searchDecision() {
-  const int32_t value = runDecisionSearch(turn_, engine.board);
-  return {value, engine.think.currentDepth};
+  const int32_t value = runDecisionSearch(turn_, position_);
+  return {value, context().think->currentDepth};
 }
 
 int EngineAnalysis::threatWinPlies(Colour side, int level) {
@@ -78,12 +79,12 @@ int EngineAnalysis::threatWinPlies(Colour side, int level) {
   return proof.attack(side, nullptr);
 }
 
-bool EngineAnalysis::aborted() { return engine.search.aborted != 0; }
+bool EngineAnalysis::aborted() { return context().aborted != 0; }
 
 void EngineAnalysis::mergeStatistics() { turn_.mergeStatistics(); }
 
-void startAnalysisClock(int32_t budgetMs) {
-  ThinkState& t = engine.think;
+void startAnalysisClock(SearchContext& ctx, int32_t budgetMs) {
+  ThinkState& t = *ctx.think;
   t.timeBudget = budgetMs;
   t.turnStart = nowMs();
   t.fixedBudget = true;
@@ -93,36 +94,34 @@ void startAnalysisClock(int32_t budgetMs) {
   t.dropFlagB = 0;
   t.aborted = false;
   t.bestMove = kNoMove;
-  engine.search.aborted = 0;
+  ctx.aborted = 0;
 }
 
-void extendAnalysisBudget() {
-  ThinkState& t = engine.think;
+void extendAnalysisBudget(SearchContext& ctx) {
+  ThinkState& t = *ctx.think;
   t.timeBudget = int32_t(std::min<int64_t>(nowMs() - t.turnStart + t.timeBudget, INT32_MAX));
-  engine.search.aborted = 0;
+  ctx.aborted = 0;
 }
 
-Progress progressAt(int depth) {
-  const ThinkState& t = engine.think;
+Progress progressAt(const SearchContext& ctx, int depth) {
+  const ThinkState& t = *ctx.think;
   // Helpers' nodes are merged only between depths; lines within one count them too.
-  return {depth, depth - t.minRemainingDepth, nowMs() - t.turnStart, t.nodeCount + searcherNodes(searchThreads(engine.search))};
+  return {depth, depth - t.minRemainingDepth, nowMs() - t.turnStart, t.nodeCount + searcherNodes(searchThreads(ctx))};
 }
 
-void finishAnalysis(int depth) {
-  ThinkState& t = engine.think;
+void finishAnalysis(SearchContext& ctx, int depth) {
+  ThinkState& t = *ctx.think;
   t.elapsedMs = nowMs() - t.turnStart;
   t.currentDepth = depth;
   t.finalValue = 0;
-  t.aborted = engine.search.aborted != 0;
+  t.aborted = ctx.aborted != 0;
 }
 
-int32_t swapPairBudget() {
-  const Settings& s = engine.settings;
+int32_t swapPairBudget(const Settings& s) {
   return std::min(s.timeLeft / kSwapPairShare, int32_t(s.timeoutTurn));
 }
 
-int32_t balanceBudget() {
-  const Settings& s = engine.settings;
+int32_t balanceBudget(const Settings& s) {
   return std::min(s.timeLeft / kBalanceShare, int32_t(s.timeoutTurn));
 }
 

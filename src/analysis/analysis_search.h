@@ -6,7 +6,9 @@
 #include <span>
 
 #include "board/board.h"
-#include "search/engine_search.h"
+#include "search/context.h"
+#include "search/driver.h"
+#include "search/settings.h"
 
 namespace zorva {
 
@@ -26,6 +28,8 @@ struct DecisionResult {
 class AnalysisSearch {
  public:
   virtual ~AnalysisSearch() = default;
+  // The context the searches run in: settings, think state, flags, database.
+  virtual SearchContext& context() = 0;
   // Rule and table set-up; the game position copied to board().
   virtual void prepare() = 0;
   // The analysed position; candidates are played on it and taken back.
@@ -52,9 +56,12 @@ class AnalysisSearch {
   virtual void mergeStatistics() = 0;
 };
 
-// The engine's search: searcher 0, with its helper threads, on the game position.
+// The analyses on a turn's search: searcher 0, with its helper threads, on
+// a copy of `position` (the game's, which a decision search deepens on).
 class EngineAnalysis : public AnalysisSearch {
  public:
+  EngineAnalysis(SearchBackend& turn, const Board& position) : turn_(turn), position_(position) {}
+  SearchContext& context() override;
   void prepare() override;
   Board& board() override;
   int32_t evaluate(Colour side) override;
@@ -67,7 +74,8 @@ class EngineAnalysis : public AnalysisSearch {
   void mergeStatistics() override;
 
  private:
-  EngineSearch turn_;
+  SearchBackend& turn_;
+  const Board& position_;
 };
 
 // Where a job stands, for its progress lines.
@@ -80,20 +88,20 @@ struct Progress {
 
 // Starts a job's clock with a budget that stays fixed (no turn's
 // lengthening), its counters cleared.
-void startAnalysisClock(int32_t budgetMs);
+void startAnalysisClock(SearchContext& ctx, int32_t budgetMs);
 // Gives the second phase of a job the same budget again, from now; the
 // clock still counts from the job's start.
-void extendAnalysisBudget();
-Progress progressAt(int depth);
+void extendAnalysisBudget(SearchContext& ctx);
+Progress progressAt(const SearchContext& ctx, int depth);
 // Records the end of a job as a turn's end is recorded; its value is no
 // result a later turn may build on, so it is 0.
-void finishAnalysis(int depth);
+void finishAnalysis(SearchContext& ctx, int depth);
 
 // The pairs offered instead of a swap take a quarter of the time left,
 // capped by the turn limit.
-int32_t swapPairBudget();
+int32_t swapPairBudget(const Settings& s);
 
 // Balance searches take a 16th of the time left, capped by the turn limit.
-int32_t balanceBudget();
+int32_t balanceBudget(const Settings& s);
 
 }  // namespace zorva

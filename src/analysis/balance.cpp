@@ -20,7 +20,7 @@ NarrowingRules balanceRules(Colour mover, int stones, int32_t offset) {
 
 void runBalance(AnalysisSearch& search, AnalysisReporter& reporter, int stones, int32_t offset) {
   const int32_t d = std::clamp(offset, -kMaxBalanceOffset, kMaxBalanceOffset);
-  startAnalysisClock(balanceBudget());
+  startAnalysisClock(search.context(), balanceBudget(*search.context().engineSettings));
   search.prepare();
   const NarrowingRules rules = balanceRules(search.board().sideToMove(), stones, d);
   CandidateList& list = analysisCandidates();
@@ -32,10 +32,10 @@ void runBalance(AnalysisSearch& search, AnalysisReporter& reporter, int stones, 
   auto report = [&](int depth, bool final) {
     const Candidate best = list.count > 0 ? list.entries[0] : Candidate{0, kNoMove, kNoMove};
     const Move cells[] = {best.first, best.second};
-    reporter.balance(progressAt(depth + stones), d, best.score, std::span<const Move>(cells, size_t(stones)), final);
+    reporter.balance(progressAt(search.context(), depth + stones), d, best.score, std::span<const Move>(cells, size_t(stones)), final);
   };
   const int last = narrow(search, rules, list, [&](int depth) { report(depth, false); });
-  finishAnalysis(last + stones);
+  finishAnalysis(search.context(), last + stones);
   report(last, true);
 }
 

@@ -6,7 +6,6 @@
 #include <cstdint>
 
 #include "board/types.h"
-#include "search/engine_search.h"
 
 namespace zorva {
 
@@ -23,20 +22,5 @@ int checkmateLevel(int32_t setting);
 // value (kWin + depth - plies), else the static evaluation, or 0 when
 // stopped before a win was found.
 int32_t checkmateRoot(Searcher& s, int level, int depth, Colour side);
-
-// The turn's backend with the root of one level.
-class CheckmateSearch : public EngineSearch {
- public:
-  explicit CheckmateSearch(int level) : level_(level) {}
-  void prepare() override;
-  int32_t searchRoot(int depth, Colour side) override;
-
- private:
-  int level_;
-};
-
-// A checkmate think on the game board at the level set now; the move, or
-// kNoMove when no cell is usable.
-Move chooseCheckmateMove();
 
 }  // namespace zorva

@@ -5,6 +5,7 @@
 
 #include "analysis/checkmate.h"
 #include "board/eval.h"
+#include "search/driver.h"
 #include "search/movegen.h"
 #include "search/node.h"
 #include "search/searcher.h"
@@ -74,6 +75,8 @@ int proveRoot(Searcher& s, int level, int threats, Colour side, bool realtime) {
 }
 
 }  // namespace
+
+int checkmateLevel(int32_t setting) { return std::clamp(setting, 1, kSolverLevels); }
 
 int32_t checkmateRoot(Searcher& s, int level, int depth, Colour side) {
   ThinkState& t = *s.ctx->think;

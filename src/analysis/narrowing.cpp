@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/movegen.h"
 
@@ -34,8 +33,8 @@ bool nearMap(const Board& b, bool* near) {
   return b.moveCount > 0;
 }
 
-bool allowed(const Board& b, Move m, Colour colour) {
-  return b.at(m) == EMPTY && !blocked(engine.search, m) && !leadsIntoBlockPath(engine.search, b, m, colour) &&
+bool allowed(const SearchContext& ctx, const Board& b, Move m, Colour colour) {
+  return b.at(m) == EMPTY && !blocked(ctx, m) && !leadsIntoBlockPath(ctx, b, m, colour) &&
          !(b.markedCount > 0 && b.isMarked(m, colour));
 }
 
@@ -104,7 +103,7 @@ void collectSingles(AnalysisSearch& search, const NarrowingRules& rules, Candida
   for (int row = 0; row < b.height; ++row)
     for (int col = 0; col < b.width; ++col) {
       const Move m = makeMove(row, col);
-      if ((anyStone && !near[m]) || !allowed(b, m, rules.mover)) continue;
+      if ((anyStone && !near[m]) || !allowed(search.context(), b, m, rules.mover)) continue;
       b.placeStone(m, rules.mover);
       add(list, search, rules, m, kNoMove);
       b.removeStone(m);
@@ -120,12 +119,12 @@ void collectPairs(AnalysisSearch& search, const NarrowingRules& rules, bool empt
   for (int rowA = 0; rowA < b.height; ++rowA)
     for (int colA = 0; colA < b.width; ++colA) {
       const Move a = makeMove(rowA, colA);
-      if (!allowed(b, a, rules.mover)) continue;
+      if (!allowed(search.context(), b, a, rules.mover)) continue;
       b.placeStone(a, rules.mover);
       for (int rowB = 0; rowB < b.height; ++rowB)
         for (int colB = 0; colB < b.width; ++colB) {
           const Move m = makeMove(rowB, colB);
-          if (credit + near[a] + near[m] + neighbours(a, m) < 2 || !allowed(b, m, other)) continue;
+          if (credit + near[a] + near[m] + neighbours(a, m) < 2 || !allowed(search.context(), b, m, other)) continue;
           b.placeStone(m, other);
           add(list, search, rules, a, m);
           b.removeStone(m);
@@ -156,7 +155,7 @@ int narrow(AnalysisSearch& search, const NarrowingRules& rules, CandidateList& l
            const std::function<void(int)>& afterPass) {
   if (list.count == 0) return 0;
   int last = 0;
-  for (int depth = 1; !stopBeforeDepth(search.board(), depth, false, kLookahead); ++depth) {
+  for (int depth = 1; !stopBeforeDepth(search.context(), search.board(), depth, false, kLookahead); ++depth) {
     search.startDepth(depth + rules.stones);
     const bool completed = runPass(search, rules, list, depth);
     search.mergeStatistics();

@@ -4,7 +4,6 @@
 #include <span>
 
 #include "analysis/symmetry.h"
-#include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/tt.h"
 
@@ -45,7 +44,7 @@ bool searchRanks(AnalysisSearch& search, Colour side, bool images, int depth, in
     if (std::find(ruledOut.begin(), ruledOut.end(), hint) != ruledOut.end()) hint = kNoMove;
     const RootResult r = search.searchRoot(depth, side, ruledOut, hint);
     if (search.aborted() || r.move == kNoMove) break;
-    const Progress p = progressAt(depth);
+    const Progress p = progressAt(search.context(), depth);
     lines.moves[lines.count++] = {r.move, r.value, depth, p.elapsedMs, p.nodes};
     onlyMove = onlyMove || (first == 0 && lines.count == 1 && r.onlyMove);
     exclude(search.board(), side, images, r.move, excluded, excludedCount);
@@ -68,9 +67,9 @@ int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, bool images,
   static Lines lines;  // the think thread's only; too large for its stack beside `best`
   const Board& board = search.board();
   const Colour side = board.sideToMove();
-  const Settings& s = engine.settings;
+  const Settings& s = *search.context().engineSettings;
   int last = 0;
-  for (int depth = s.startDepth; depth <= maxDepth && !stopBeforeDepth(board, depth, false); ++depth) {
+  for (int depth = s.startDepth; depth <= maxDepth && !stopBeforeDepth(search.context(), board, depth, false); ++depth) {
     search.startDepth(depth);
     const bool onlyMove = searchRanks(search, side, images, depth, first, wanted, best, lines);
     search.mergeStatistics();
@@ -91,11 +90,11 @@ int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, bool images,
 }  // namespace
 
 void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count) {
-  runNBest(search, reporter, count, {turnBudget(engine.settings), engine.settings.nbestSym != 0});
+  runNBest(search, reporter, count, {turnBudget(*search.context().engineSettings), search.context().engineSettings->nbestSym != 0});
 }
 
 void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count, const NBestLimits& limits) {
-  startAnalysisClock(limits.budgetMs);
+  startAnalysisClock(search.context(), limits.budgetMs);
   search.prepare();
   const int wanted = std::clamp(count, 1, kMaxStones);
   static Lines best;
@@ -103,13 +102,13 @@ void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count, con
   // The best move alone first, deepened as a turn deepens, so that it is the
   // move a turn would choose; the other ranks would change the table under
   // it. Then the others, with the same budget again, as deep.
-  const int last = deepenRanks(search, reporter, limits.distinctImages, 0, 1, engine.settings.maxDepth, best);
-  if (wanted > 1 && best.count == 1 && !engine.stopFlag) {
-    extendAnalysisBudget();
-    deepenRanks(search, reporter, limits.distinctImages, 1, wanted, std::max(last, int(engine.settings.startDepth)),
+  const int last = deepenRanks(search, reporter, limits.distinctImages, 0, 1, search.context().engineSettings->maxDepth, best);
+  if (wanted > 1 && best.count == 1 && !stopRequested(search.context())) {
+    extendAnalysisBudget(search.context());
+    deepenRanks(search, reporter, limits.distinctImages, 1, wanted, std::max(last, int(search.context().engineSettings->startDepth)),
                 best);
   }
-  finishAnalysis(last);
+  finishAnalysis(search.context(), last);
   reporter.nbest(ranks(best));
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <span>
 
-#include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/movegen.h"
 #include "search/node.h"
@@ -30,9 +29,9 @@ struct Defences {
 
 // A cell no line of stones reaches neither blocks nor threatens anything;
 // it holds only when nothing threatens, and then every cell would.
-bool candidate(Board& b, Move m, Colour side) {
+bool candidate(const SearchContext& ctx, Board& b, Move m, Colour side) {
   const CellInfo& info = b.info[m];
-  return choosable(engine.search, b, m, side) &&
+  return choosable(ctx, b, m, side) &&
          (b.stoneCount() == 0 || (info.patternWord[0] | info.patternWord[1]) != 0);
 }
 
@@ -52,7 +51,7 @@ void collect(AnalysisSearch& search, Colour side, int level, Defences& list) {
   for (int row = 0; row < b.height; ++row)
     for (int col = 0; col < b.width; ++col) {
       const Move m = makeMove(row, col);
-      if (!candidate(b, m, side)) continue;
+      if (!candidate(search.context(), b, m, side)) continue;
       const bool five = b.threat(side, kFiveClass).contains(m);
       list.entries[list.count++] = {{m, 0, 0, 0, 0}, five ? kHolds : threatLoss(search, side, m, level), five};
     }
@@ -83,13 +82,13 @@ bool searchHolding(AnalysisSearch& search, Colour side, int depth, Defences& lis
     b.removeStone(d.ranked.move);
     if (search.aborted()) return false;
   }
-  const Progress p = progressAt(depth);
+  const Progress p = progressAt(search.context(), depth);
   for (int i = 0; i < list.holding; ++i) list.entries[i].ranked = {list.entries[i].ranked.move, values[i], depth,
                                                                     p.elapsedMs, p.nodes};
   return true;
 }
 
-void report(AnalysisReporter& reporter, const Defences& list, int depth) {
+void report(const SearchContext& ctx, AnalysisReporter& reporter, const Defences& list, int depth) {
   if (list.holding > 0) {
     RankedMove holding[kMaxStones];
     for (int i = 0; i < list.holding; ++i) holding[i] = list.entries[i].ranked;
@@ -97,7 +96,7 @@ void report(AnalysisReporter& reporter, const Defences& list, int depth) {
     return;
   }
   if (list.count == 0) return;
-  const Progress p = progressAt(depth);
+  const Progress p = progressAt(ctx, depth);
   const Defence& longest = list.entries[0];
   reporter.noDefence({longest.ranked.move, longest.ranked.value, depth, p.elapsedMs, p.nodes}, longest.lossPlies);
 }
@@ -105,7 +104,7 @@ void report(AnalysisReporter& reporter, const Defences& list, int depth) {
 }  // namespace
 
 void runSearchDefend(AnalysisSearch& search, AnalysisReporter& reporter, int level) {
-  startAnalysisClock(turnBudget(engine.settings));
+  startAnalysisClock(search.context(), turnBudget(*search.context().engineSettings));
   search.prepare();
   const Board& board = search.board();
   const Colour side = board.sideToMove();
@@ -113,19 +112,19 @@ void runSearchDefend(AnalysisSearch& search, AnalysisReporter& reporter, int lev
   collect(search, side, level, list);
   order(list);
   int last = 0;
-  for (int depth = engine.settings.startDepth; list.holding > 0 && !stopBeforeDepth(board, depth, false); ++depth) {
+  for (int depth = search.context().engineSettings->startDepth; list.holding > 0 && !stopBeforeDepth(search.context(), board, depth, false); ++depth) {
     search.startDepth(depth);
     const bool completed = searchHolding(search, side, depth, list);
     search.mergeStatistics();
     if (!completed) break;
     order(list);
     last = depth;
-    report(reporter, list, depth);
+    report(search.context(), reporter, list, depth);
     const Defence* e = list.entries;
     if (std::all_of(e, e + list.holding, [](const Defence& d) { return d.ranked.value >= kProvenBound; })) break;
   }
-  finishAnalysis(last);
-  report(reporter, list, last);
+  finishAnalysis(search.context(), last);
+  report(search.context(), reporter, list, last);
 }
 
 }  // namespace zorva

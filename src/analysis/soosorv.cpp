@@ -9,7 +9,6 @@
 #include "analysis/nbest.h"
 #include "analysis/soosorv_book.h"
 #include "analysis/symmetry.h"
-#include "protocol/engine_state.h"
 #include "search/driver.h"
 #include "search/movegen.h"
 
@@ -46,15 +45,15 @@ bool isImageOfOffer(const Board& b, const Offers& offers, Move m, Colour side) {
 
 // Adds `m` unless the offers are complete, the side may not play it, or it
 // repeats an offer up to symmetry.
-void offer(Board& b, Offers& offers, int wanted, Move m, Colour side) {
-  if (offers.count >= wanted || m == kNoMove || !choosable(engine.search, b, m, side) ||
+void offer(const SearchContext& ctx, Board& b, Offers& offers, int wanted, Move m, Colour side) {
+  if (offers.count >= wanted || m == kNoMove || !choosable(ctx, b, m, side) ||
       isImageOfOffer(b, offers, m, side))
     return;
   offers.cells[offers.count++] = m;
 }
 
 // The moves the book holds values for, the opponent's worst first.
-void offerFromBook(Board& b, Colour side, int wanted, Offers& offers) {
+void offerFromBook(const SearchContext& ctx, Board& b, Colour side, int wanted, Offers& offers) {
   struct Valued {
     int32_t value;
     Move cell;
@@ -64,10 +63,10 @@ void offerFromBook(Board& b, Colour side, int wanted, Offers& offers) {
   for (int row = 0; row < b.height; ++row)
     for (int col = 0; col < b.width; ++col)
       if (b.at(makeMove(row, col)) == EMPTY)
-        if (const std::optional<int32_t> v = bookValueAfter(engine.database, stones, makeMove(row, col)))
+        if (const std::optional<int32_t> v = bookValueAfter(*ctx.database, stones, makeMove(row, col)))
           known.push_back({*v, makeMove(row, col)});
   std::stable_sort(known.begin(), known.end(), [](const Valued& x, const Valued& y) { return x.value < y.value; });
-  for (const Valued& k : known) offer(b, offers, wanted, k.cell, side);
+  for (const Valued& k : known) offer(ctx, b, offers, wanted, k.cell, side);
 }
 
 // Keeps the last list of an N-best run; prints nothing.
@@ -89,9 +88,9 @@ class RankCollector : public AnalysisReporter {
 // ranks above it and their images.
 void offerFromSearch(AnalysisSearch& search, int wanted, Offers& offers) {
   RankCollector ranks;
-  runNBest(search, ranks, wanted, {decisionBudget(engine.settings) / kRankingPhases, true});
+  runNBest(search, ranks, wanted, {decisionBudget(*search.context().engineSettings) / kRankingPhases, true});
   Board& b = search.board();
-  for (const Move m : ranks.moves) offer(b, offers, wanted, m, b.sideToMove());
+  for (const Move m : ranks.moves) offer(search.context(), b, offers, wanted, m, b.sideToMove());
 }
 
 // Tops the offers up from the cells near the stones, by the static value of
@@ -104,17 +103,17 @@ void offerFromEvaluation(AnalysisSearch& search, int wanted, Offers& offers) {
   CandidateList& list = analysisCandidates();
   collectSingles(search, rules, list);
   sortCandidates(list);
-  for (int i = 0; i < list.count && offers.count < wanted; ++i) offer(b, offers, wanted, list.entries[i].first, side);
+  for (int i = 0; i < list.count && offers.count < wanted; ++i) offer(search.context(), b, offers, wanted, list.entries[i].first, side);
 }
 
 // The candidate the book values best for the chooser, when it values them all.
-std::optional<Move> chosenFromBook(const Board& b, std::span<const Move> candidates) {
-  if (!bookInUse()) return std::nullopt;
+std::optional<Move> chosenFromBook(const SearchContext& ctx, const Board& b, std::span<const Move> candidates) {
+  if (!bookInUse(ctx)) return std::nullopt;
   const db::Position stones = positionOf(b);
   std::optional<Move> best;
   int32_t bestValue = 0;
   for (const Move m : candidates) {
-    const std::optional<int32_t> v = bookValueAfter(engine.database, stones, m);
+    const std::optional<int32_t> v = bookValueAfter(*ctx.database, stones, m);
     if (!v) return std::nullopt;
     if (!best || *v > bestValue) {
       best = m;
@@ -128,7 +127,7 @@ std::optional<Move> chosenFromBook(const Board& b, std::span<const Move> candida
 // distance below a value no position reaches. They start in the order of the
 // offering side's static value, the lowest first.
 Move chosenFromSearch(AnalysisSearch& search, std::span<const Move> candidates) {
-  startAnalysisClock(decisionBudget(engine.settings));
+  startAnalysisClock(search.context(), decisionBudget(*search.context().engineSettings));
   search.prepare();
   Board& b = search.board();
   const Colour side = b.sideToMove();
@@ -143,13 +142,15 @@ Move chosenFromSearch(AnalysisSearch& search, std::span<const Move> candidates) 
   sortCandidates(list);
   Move best = list.entries[0].first;
   const int last = narrow(search, rules, list, [&](int) { best = list.entries[0].first; });
-  finishAnalysis(last + 1);
+  finishAnalysis(search.context(), last + 1);
   return best;
 }
 
 }  // namespace
 
-bool bookInUse() { return engine.settings.useDatabase && engine.database.inUse(); }
+bool bookInUse(const SearchContext& ctx) {
+  return ctx.engineSettings->useDatabase && ctx.database && ctx.database->inUse();
+}
 
 FifthMoveRequest& fifthMoveRequest() {
   static FifthMoveRequest request;
@@ -160,7 +161,7 @@ void runFifthOffers(AnalysisSearch& search, SoosorvReporter& reporter, int count
   search.prepare();
   Board& b = search.board();
   Offers offers;
-  if (bookInUse()) offerFromBook(b, b.sideToMove(), count, offers);
+  if (bookInUse(search.context())) offerFromBook(search.context(), b, b.sideToMove(), count, offers);
   if (offers.count < count) {
     offers.count = 0;
     offerFromSearch(search, count, offers);
@@ -178,7 +179,7 @@ void runFifthChoice(AnalysisSearch& search, SoosorvReporter& reporter, std::span
     reporter.fifthChoice(candidates[0]);
     return;
   }
-  const std::optional<Move> fromBook = chosenFromBook(search.board(), candidates);
+  const std::optional<Move> fromBook = chosenFromBook(search.context(), search.board(), candidates);
   reporter.fifthChoice(fromBook ? *fromBook : chosenFromSearch(search, candidates));
 }
 

@@ -10,6 +10,7 @@
 
 #include "analysis/analysis_search.h"
 #include "board/types.h"
+#include "search/context.h"
 
 namespace zorva {
 
@@ -28,7 +29,7 @@ class SoosorvReporter {
 };
 
 // The database is on and loaded.
-bool bookInUse();
+bool bookInUse(const SearchContext& ctx);
 
 // What the command asked for; written only while the think thread is idle.
 struct FifthMoveRequest {

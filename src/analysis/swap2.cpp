@@ -19,7 +19,7 @@ int32_t decisionValue(AnalysisSearch& search) {
 // keeps the best of the last finished pass: a pass cut short compared its
 // entries at two depths.
 Candidate balancedPair(AnalysisSearch& search) {
-  startAnalysisClock(swapPairBudget());
+  startAnalysisClock(search.context(), swapPairBudget(*search.context().engineSettings));
   search.prepare();
   const Colour side = search.board().sideToMove();
   const NarrowingRules rules{side, kPairStones, side, 0};
@@ -28,7 +28,7 @@ Candidate balancedPair(AnalysisSearch& search) {
   sortCandidates(list);
   Candidate best = list.count > 0 ? list.entries[0] : Candidate{0, kNoMove, kNoMove};
   const int last = narrow(search, rules, list, [&](int) { best = list.entries[0]; });
-  finishAnalysis(last + kPairStones);
+  finishAnalysis(search.context(), last + kPairStones);
   return best;
 }
 

@@ -4,7 +4,7 @@
 #include "protocol/game.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
-#include "search/think.h"
+#include "protocol/engine_search.h"
 
 namespace zorva {
 

@@ -5,6 +5,7 @@
 namespace zorva {
 
 EngineState::EngineState() {
+  search.engineSettings = &settings;
   search.think = &think;
   search.stopRequest = &stopFlag;
   search.blockTable = blockTable;

@@ -6,7 +6,7 @@
 #include "protocol/messages.h"
 #include "protocol/output.h"
 #include "protocol/progress.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 
 namespace zorva {
 

@@ -9,12 +9,13 @@
 #include "analysis/search_defend.h"
 #include "analysis/soosorv.h"
 #include "analysis/swap2.h"
+#include "protocol/engine_search.h"
 #include "protocol/engine_state.h"
 
 namespace zorva {
 
 void runAnalysisJob(int mode) {
-  EngineAnalysis search;
+  GameAnalysis search;
   // checkmate 1 and 2 select the search-defend built on those solver
   // levels; the unsigned test puts 0 with the large values on purpose.
   const uint32_t solverLevel = uint32_t(int32_t(engine.settings.checkmate)) - 1;

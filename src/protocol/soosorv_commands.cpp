@@ -97,7 +97,7 @@ int startJob(int mode) {
 
 int cmdSoosorvStep3(const char*) {
   const CellBody body = readCellBody();
-  if (!bookInUse()) return kGoOn;
+  if (!bookInUse(engine.search)) return kGoOn;
   const std::optional<CountedMove> fourth = bookFourthMove(engine.database, bookPosition(body));
   if (fourth)
     sendLine(reply::kSoosorvFourth, rowOf(fourth->cell), colOf(fourth->cell), fourth->count);
@@ -110,7 +110,7 @@ int cmdSoosorvStep4(const char* args) {
   int32_t offers;
   const bool counted = scanInts(args, "%d", &offers) == 1;
   const CellBody body = readCellBody();
-  if (!bookInUse()) return kGoOn;
+  if (!bookInUse(engine.search)) return kGoOn;
   if (!counted) {
     sendLine(reply::kErrorOfferCount);
     return kGoOn;

@@ -4,14 +4,13 @@
 #include <mutex>
 #include <thread>
 
-#include "analysis/checkmate.h"
 #include "protocol/jobs.h"
 #include "protocol/engine_state.h"
 #include "protocol/game.h"
 #include "protocol/messages.h"
 #include "protocol/output.h"
 #include "protocol/progress.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 #include "search/think.h"
 
 namespace zorva {

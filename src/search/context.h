@@ -15,6 +15,7 @@ namespace zorva {
 namespace db {
 class Database;
 }
+struct Settings;
 struct ThinkState;
 
 // The settings a search obeys, taken when it starts: a change while it runs
@@ -32,6 +33,7 @@ struct SearchSettings {
 
 struct SearchContext {
   SearchSettings settings;
+  const Settings* engineSettings = nullptr;  // as set now: the think driver's time and depth limits
   ThinkState* think = nullptr;  // the clock, budget, depth and node counts of the think in progress
   const Relaxed<int32_t>* stopRequest = nullptr;  // set from outside to end the search; null: never
   Relaxed<int32_t> aborted{0};                    // set by the search once it must stop
@@ -40,6 +42,9 @@ struct SearchContext {
   db::Database* database = nullptr;               // consulted near the root while in use, or null
   SearchObserver* observer = &silentObserver();   // told of progress and results
 };
+
+// True once someone outside the search asked it to stop.
+inline bool stopRequested(const SearchContext& ctx) { return ctx.stopRequest && *ctx.stopRequest > 0; }
 
 // True when the user ruled `m` out for the engine: a blocked cell.
 inline bool blocked(const SearchContext& ctx, Move m) { return ctx.blockTable && ctx.blockTable[m]; }

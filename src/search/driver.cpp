@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstdlib>
 
-#include "protocol/engine_state.h"
 #include "search/think.h"
 #include "search/tt.h"
 
@@ -48,8 +47,9 @@ void setDepthBudget(const Settings& s, ThinkState& t, Colour side, const Board& 
   if (fitsEvenShare(s, t.timeBudget, board)) run.plentiful = true;
 }
 
-void reportDepth(const ThinkState& t, int depth, int32_t value, const Board& board, bool aborted) {
-  engine.search.observer->depthDone(
+void reportDepth(const SearchContext& ctx, int depth, int32_t value, const Board& board, bool aborted) {
+  const ThinkState& t = *ctx.think;
+  ctx.observer->depthDone(
       {depth, t.minRemainingDepth, value, nowMs() - t.turnStart, t.nodeCount, t.bestMove, board.height, aborted});
 }
 
@@ -59,11 +59,13 @@ void reportDepth(const ThinkState& t, int depth, int32_t value, const Board& boa
 enum class Deepen { Turn, Ponder, Decision };
 
 // Iterative deepening; returns what the last depth counted as done left.
-Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const Board& board, Colour side,
-                 bool quiet, Deepen kind = Deepen::Turn) {
+Deepening deepen(SearchBackend& backend, const Board& board, Colour side, bool quiet, Deepen kind = Deepen::Turn) {
+  SearchContext& ctx = backend.context();
+  const Settings& s = *ctx.engineSettings;
+  ThinkState& t = *ctx.think;
   t.fixedBudget = kind != Deepen::Turn;
   Deepening run{s.startDepth - 1, t.rootValue, fitsEvenShare(s, t.timeBudget, board)};
-  for (int depth = s.startDepth; !stopBeforeDepth(board, depth, run.plentiful); ++depth) {
+  for (int depth = s.startDepth; !stopBeforeDepth(ctx, board, depth, run.plentiful); ++depth) {
     t.currentDepth = depth;
     t.singleReply = 0;
     t.previousBestMove = t.bestMove;
@@ -72,10 +74,10 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
     const int32_t value = backend.searchRoot(depth, side);
     backend.mergeStatistics();
     const bool report = !quiet && depth > kEarlyStopDepth && s.showDetail;
-    if (engine.search.aborted) {
+    if (ctx.aborted) {
       if (value != 0) {
         t.bestLine = backend.principalVariation();
-        if (report) reportDepth(t, depth, value, board, true);
+        if (report) reportDepth(ctx, depth, value, board, true);
         run = {depth, value, run.plentiful};
       } else {
         t.bestMove = t.previousBestMove;
@@ -84,7 +86,7 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
       return run;
     }
     t.bestLine = backend.principalVariation();
-    if (report) reportDepth(t, depth, value, board, false);
+    if (report) reportDepth(ctx, depth, value, board, false);
     run = {depth, value, run.plentiful};
     if (value > kProvenRoot || value < -kProvenRoot) return run;
     if (kind != Deepen::Decision && t.singleReply && depth > kEarlyStopDepth && s.earlyStop) return run;
@@ -106,22 +108,25 @@ Deepening deepen(SearchBackend& backend, const Settings& s, ThinkState& t, const
 // Starts the clock, prepares the search and deepens on `board` for the side
 // to move; the caller has set the budget and reset the counters.
 Deepening clockedDeepening(SearchBackend& backend, const Board& board, bool quiet, Deepen kind) {
-  ThinkState& t = engine.think;
+  ThinkState& t = *backend.context().think;
   t.turnStart = nowMs();
   t.bestMove = kNoMove;
   backend.prepare();
   const Colour side = board.sideToMove();
   t.rootValue = backend.evaluate(side);
-  const Deepening run = deepen(backend, engine.settings, t, board, side, quiet, kind);
+  const Deepening run = deepen(backend, board, side, quiet, kind);
   t.elapsedMs = nowMs() - t.turnStart;
   return run;
 }
 
 // The threat search that finds a quick win knows nothing of the cells the
 // user took away.
-Move choosable(const Board& board, Move m) { return mayChoose(engine.search, board, m) ? m : kNoMove; }
+Move choosable(const SearchContext& ctx, const Board& board, Move m) {
+  return mayChoose(ctx, board, m) ? m : kNoMove;
+}
 
-void resetCounters(ThinkState& t) {
+void resetCounters(SearchContext& ctx) {
+  ThinkState& t = *ctx.think;
   t.stableCount = 0;
   t.valueUnstable = 0;
   t.dropFlagA = 0;
@@ -129,10 +134,11 @@ void resetCounters(ThinkState& t) {
   t.nodeCount = 0;
   t.minRemainingDepth = 0;
   t.aborted = false;
-  engine.search.aborted = 0;
+  ctx.aborted = 0;
 }
 
-void report(const Settings& s, const ThinkState& t, const Board& board) {
+void report(const SearchContext& ctx, const Board& board) {
+  const ThinkState& t = *ctx.think;
   TurnSummary summary;
   summary.depth = t.currentDepth;
   summary.minRemainingDepth = t.minRemainingDepth;
@@ -140,22 +146,22 @@ void report(const Settings& s, const ThinkState& t, const Board& board) {
   summary.nodes = t.nodeCount;
   summary.value = t.finalValue;
   summary.aborted = t.aborted;
-  summary.showDetail = s.showDetail != 0;
+  summary.showDetail = ctx.engineSettings->showDetail != 0;
   summary.boardWidth = board.width;
   summary.boardHeight = board.height;
-  engine.search.observer->turnDone(summary, t.bestLine, engine.blockTable);
+  ctx.observer->turnDone(summary, t.bestLine, ctx.blockTable);
 }
 
 }  // namespace
 
-bool stopBeforeDepth(const Board& board, int depth, bool plentiful, int extraStones) {
-  const Settings& s = engine.settings;
-  const ThinkState& t = engine.think;
+bool stopBeforeDepth(const SearchContext& ctx, const Board& board, int depth, bool plentiful, int extraStones) {
+  const Settings& s = *ctx.engineSettings;
+  const ThinkState& t = *ctx.think;
   const int64_t elapsed = nowMs() - t.turnStart;
-  const bool stopRequested = engine.stopFlag > 0;
+  const bool stopAsked = stopRequested(ctx);
   const bool outOfTime = t.timeBudget <= 4 * elapsed && !plentiful;
   const bool boardFull = depth + extraStones + board.stoneCount() > board.width * board.height;
-  if (depth != 1 && (outOfTime || boardFull || stopRequested) && (nodeLimitOn(s.maxNode) || stopRequested))
+  if (depth != 1 && (outOfTime || boardFull || stopAsked) && (nodeLimitOn(s.maxNode) || stopAsked))
     return true;
   if (nodeLimitOn(s.maxNode) && s.maxNode < kNodeLimitOff && int64_t(s.maxNode) <= (t.nodeCount >> 10) * 4)
     return true;
@@ -180,9 +186,10 @@ int32_t decisionBudget(const Settings& s) {
 }
 
 int32_t runDecisionSearch(SearchBackend& backend, const Board& board) {
-  ThinkState& t = engine.think;
-  t.timeBudget = decisionBudget(engine.settings);
-  resetCounters(t);
+  SearchContext& ctx = backend.context();
+  ThinkState& t = *ctx.think;
+  t.timeBudget = decisionBudget(*ctx.engineSettings);
+  resetCounters(ctx);
   const Deepening run = clockedDeepening(backend, board, true, Deepen::Decision);
   t.currentDepth = run.lastDone;
   t.finalValue = run.lastValue;
@@ -190,15 +197,16 @@ int32_t runDecisionSearch(SearchBackend& backend, const Board& board) {
 }
 
 void runPonder(SearchBackend& backend, const Board& board) {
-  ThinkState& t = engine.think;
+  SearchContext& ctx = backend.context();
+  ThinkState& t = *ctx.think;
   const Move bestMove = t.bestMove;
   const int32_t currentDepth = t.currentDepth, finalValue = t.finalValue;
   const int32_t drawAcceptable = t.drawAcceptable;
   const Line bestLine = t.bestLine;
   const bool aborted = t.aborted;
   const int64_t elapsedMs = t.elapsedMs;
-  t.timeBudget = ponderBudget(engine.settings);
-  resetCounters(t);
+  t.timeBudget = ponderBudget(*ctx.engineSettings);
+  resetCounters(ctx);
   clockedDeepening(backend, board, true, Deepen::Ponder);
   t.elapsedMs = elapsedMs;
   t.bestMove = bestMove;
@@ -222,20 +230,21 @@ namespace {
 enum class TurnKind { Normal, Checkmate };
 
 Move playTurn(SearchBackend& backend, const Board& board, bool quiet, TurnKind kind) {
-  const Settings& s = engine.settings;
-  ThinkState& t = engine.think;
+  SearchContext& ctx = backend.context();
+  const Settings& s = *ctx.engineSettings;
+  ThinkState& t = *ctx.think;
   const Colour side = board.sideToMove();
   t.timeBudget = kind == TurnKind::Normal ? turnBudget(s) : checkmateBudget(s);
-  resetCounters(t);
+  resetCounters(ctx);
   // A checkmate think offers no draw: its value says nothing of one.
   if (kind == TurnKind::Checkmate) t.drawAcceptable = 0;
 
   // A win proven last turn is played out without a search.
   const Move provenWin = board.stoneCount() > 0 && t.builtRule != -1 && t.finalValue - t.currentDepth >= kWin
-                             ? choosable(board, backend.quickWinMove(side))
+                             ? choosable(ctx, board, backend.quickWinMove(side))
                              : kNoMove;
   if (board.stoneCount() == 0) {
-    t.bestMove = emptyBoardMove(engine.search, board);
+    t.bestMove = emptyBoardMove(ctx, board);
     t.elapsedMs = 0;
   } else if (provenWin != kNoMove) {
     t.bestMove = provenWin;
@@ -246,14 +255,14 @@ Move playTurn(SearchBackend& backend, const Board& board, bool quiet, TurnKind k
     t.currentDepth = run.lastDone;
     t.finalValue = run.lastValue;
     if (t.finalValue - t.currentDepth >= kWin) {
-      const Move win = choosable(board, backend.quickWinMove(side));
+      const Move win = choosable(ctx, board, backend.quickWinMove(side));
       if (win != kNoMove) t.bestMove = win;
     }
-    if (kind == TurnKind::Normal) updateDrawAcceptance(t.finalValue, side, t.singleReply, board);
+    if (kind == TurnKind::Normal) updateDrawAcceptance(ctx, t.finalValue, side, t.singleReply, board);
     // A turn cut short before any depth finished still has to move.
-    if (!mayChoose(engine.search, board, t.bestMove)) t.bestMove = emptyBoardMove(engine.search, board);
+    if (!mayChoose(ctx, board, t.bestMove)) t.bestMove = emptyBoardMove(ctx, board);
   }
-  if (!quiet) report(s, t, board);
+  if (!quiet) report(ctx, board);
   return t.bestMove;
 }
 
@@ -267,8 +276,8 @@ Move runCheckmateDriver(SearchBackend& backend, const Board& board, bool quiet) 
   return playTurn(backend, board, quiet, TurnKind::Checkmate);
 }
 
-void updateDrawAcceptance(int32_t v, Colour side, bool singleReply, const Board& board) {
-  if (engine.settings.rule == 2) v += side == BLACK ? -kDrawRenjuBias : kDrawRenjuBias;
+void updateDrawAcceptance(SearchContext& ctx, int32_t v, Colour side, bool singleReply, const Board& board) {
+  if (ctx.engineSettings->rule == 2) v += side == BLACK ? -kDrawRenjuBias : kDrawRenjuBias;
   const int stones = board.stoneCount(), cells = board.width * board.height;
   int32_t accept = 0;
   if (v >= 200)
@@ -277,7 +286,7 @@ void updateDrawAcceptance(int32_t v, Colour side, bool singleReply, const Board&
     accept = 1;
   else if (!singleReply)
     accept = (v < 26 && stones >= cells / 4) || (v < 51 && stones >= cells / 3) || (v < 76 && stones >= cells / 2);
-  engine.think.drawAcceptable = accept;
+  ctx.think->drawAcceptable = accept;
 }
 
 }  // namespace zorva

@@ -4,12 +4,12 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "search/context.h"
 #include "search/relaxed.h"
+#include "search/settings.h"
 #include "search/report.h"
 
 namespace zorva {
-
-struct Settings;
 
 // What the driver keeps between depths and between turns.
 struct ThinkState {
@@ -42,6 +42,8 @@ struct ThinkState {
 class SearchBackend {
  public:
   virtual ~SearchBackend() = default;
+  // The context the search runs in: its settings, think state, flags and observer.
+  virtual SearchContext& context() = 0;
   // Rule and hash set-up, once before the first depth.
   virtual void prepare() = 0;
   virtual int32_t evaluate(Colour side) = 0;
@@ -74,7 +76,7 @@ int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB);
 // The stop rules tested before each depth: out of time (unless the time is
 // plentiful) or the board too full for `extraStones` more stones and the
 // depth's plies, or a stop request, then the node limit and max_depth.
-bool stopBeforeDepth(const Board& board, int depth, bool plentiful, int extraStones = 0);
+bool stopBeforeDepth(const SearchContext& ctx, const Board& board, int depth, bool plentiful, int extraStones = 0);
 
 // Runs a turn on `board` for the side to move and returns the move chosen
 // (kNoMove when no cell is usable); prints the report unless `quiet`.
@@ -96,6 +98,6 @@ void runPonder(SearchBackend& backend, const Board& board);
 int32_t runDecisionSearch(SearchBackend& backend, const Board& board);
 
 // Sets drawAcceptable from the final value of a turn.
-void updateDrawAcceptance(int32_t value, Colour side, bool singleReply, const Board& board);
+void updateDrawAcceptance(SearchContext& ctx, int32_t value, Colour side, bool singleReply, const Board& board);
 
 }  // namespace zorva

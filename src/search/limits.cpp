@@ -21,7 +21,7 @@ bool countNode(Searcher& s) {
   const int64_t nodes = t.nodeCount + searcherNodes(searchThreads(ctx));
   const bool outOfNodes = limited && int64_t(ctx.settings.maxNode) < (nodes >> 10);
   const bool outOfTime = limited && nowMs() - t.turnStart + kTimeMarginMs >= t.timeBudget;
-  if (outOfNodes || outOfTime || (ctx.stopRequest && *ctx.stopRequest > 0)) ctx.aborted = 1;
+  if (outOfNodes || outOfTime || stopRequested(ctx)) ctx.aborted = 1;
   return ctx.aborted;
 }
 

@@ -2,8 +2,6 @@
 
 #include <cstdlib>
 
-#include "protocol/engine_state.h"
-#include "search/engine_search.h"
 #include "search/movegen.h"
 
 namespace zorva {
@@ -30,16 +28,6 @@ Move emptyBoardMove(const SearchContext& ctx, const Board& board) {
       }
     }
   return best;
-}
-
-Move chooseTurnMove() {
-  EngineSearch search;
-  return runTurnDriver(search, engine.board);
-}
-
-void ponder() {
-  EngineSearch search;
-  runPonder(search, engine.board);
 }
 
 }  // namespace zorva

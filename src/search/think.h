@@ -1,5 +1,5 @@
 #pragma once
-// The think driver: chooses the engine's move for the position on the game board.
+// The cells a turn may answer with when the search gives none.
 #include <cstdint>
 
 #include "board/board.h"
@@ -15,11 +15,5 @@ bool mayChoose(const SearchContext& ctx, const Board& board, Move m);
 // Manhattan distance (the first in row-major order on a tie); kNoMove when
 // no cell is usable.
 Move emptyBoardMove(const SearchContext& ctx, const Board& board);
-
-// The move for a turn on the game board, or kNoMove when none is usable.
-Move chooseTurnMove();
-
-// Thinks about the game board on the opponent's time until stopped.
-void ponder();
 
 }  // namespace zorva

@@ -18,7 +18,7 @@
 #include "protocol/engine_state.h"
 #include "protocol/output.h"
 #include "search/driver.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 #include "search/tt.h"
 
 namespace zorva {
@@ -87,7 +87,7 @@ class EngineAnalysisTest : public ::testing::Test {
   }
   static std::vector<RankedMove> nbest(int count) {
     coldStart();
-    EngineAnalysis search;
+    GameAnalysis search;
     Recorder reporter;
     runNBest(search, reporter, count);
     return reporter.moves;
@@ -100,7 +100,7 @@ class EngineAnalysisTest : public ::testing::Test {
 
   static Recorder swap2(bool afterFive) {
     coldStart();
-    EngineAnalysis search;
+    GameAnalysis search;
     Recorder reporter;
     if (afterFive)
       runSwap2Second(search, reporter);
@@ -179,7 +179,7 @@ TEST_F(EngineAnalysisTest, BalanceOneFindsAReplyWorthTheOffset) {
   setUp(15, "hhhighii");
   // The offset is what one reply is worth to the mover at the depth searched.
   coldStart();
-  EngineAnalysis search;
+  GameAnalysis search;
   search.prepare();
   auto moverValue = [&](Move m) {
     Board& b = search.board();

@@ -28,6 +28,7 @@ class ScriptedSearch : public AnalysisSearch {
   Board b;
 
   ScriptedSearch() { b.reset(15, 15, kFreestyle); }
+  SearchContext& context() override { return engine.search; }
   void prepare() override {}
   Board& board() override { return b; }
   int32_t evaluate(Colour) override { return value(0, firstStone()); }
@@ -55,7 +56,7 @@ class NarrowingTest : public ::testing::Test {
     s.maxNode = -1;  // passes end by depth only
     s.maxDepth = 1;
     engine.stopFlag = 0;
-    startAnalysisClock(100000);
+    startAnalysisClock(engine.search, 100000);
   }
   // Candidates on cells (7, 0), (7, 1), ... in this order, scored as given.
   void list(std::initializer_list<int32_t> scores) {

@@ -27,6 +27,7 @@ class ScriptedSearch : public SearchBackend {
   Line pv;
   Move winMove = makeMove(0, 0);
 
+  SearchContext& context() override { return engine.search; }
   void prepare() override {}
   int32_t evaluate(Colour) override { return 0; }
   void startDepth() override {}
@@ -275,19 +276,19 @@ TEST(DrawAcceptance, FollowsValueAndStones) {
   static Board b;
   b.reset(15, 15, 0);
   engine.settings.rule = 0;
-  updateDrawAcceptance(-100, BLACK, false, b);
+  updateDrawAcceptance(engine.search, -100, BLACK, false, b);
   EXPECT_EQ(engine.think.drawAcceptable, 1);
-  updateDrawAcceptance(-100, BLACK, true, b);
+  updateDrawAcceptance(engine.search, -100, BLACK, true, b);
   EXPECT_EQ(engine.think.drawAcceptable, 0);
-  updateDrawAcceptance(20, BLACK, false, b);
+  updateDrawAcceptance(engine.search, 20, BLACK, false, b);
   EXPECT_EQ(engine.think.drawAcceptable, 0) << "few stones";
   for (int i = 0; i < 60; ++i) b.placeStone(makeMove(i / 15, i % 15), b.sideToMove());
-  updateDrawAcceptance(20, BLACK, false, b);
+  updateDrawAcceptance(engine.search, 20, BLACK, false, b);
   EXPECT_EQ(engine.think.drawAcceptable, 1) << "a quarter of the board is filled";
   engine.settings.rule = 2;
-  updateDrawAcceptance(20 + 125, BLACK, false, b);
+  updateDrawAcceptance(engine.search, 20 + 125, BLACK, false, b);
   EXPECT_EQ(engine.think.drawAcceptable, 1) << "black's Renju edge is taken out first";
-  updateDrawAcceptance(250, WHITE, false, b);
+  updateDrawAcceptance(engine.search, 250, WHITE, false, b);
   EXPECT_EQ(engine.think.drawAcceptable, 0);
   engine.settings.rule = 0;
 }

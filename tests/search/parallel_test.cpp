@@ -10,7 +10,7 @@
 #include "board/zobrist.h"
 #include "protocol/engine_state.h"
 #include "search/driver.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 #include "search/tt.h"
 
 namespace zorva {

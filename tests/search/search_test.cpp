@@ -13,7 +13,7 @@
 #include "search/searcher.h"
 #include "search/tt.h"
 #include "search/vcf.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 
 namespace zorva {
 namespace {

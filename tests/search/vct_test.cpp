@@ -16,7 +16,7 @@
 #include "search/tt.h"
 #include "search/vcf.h"
 #include "search/vct.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 
 namespace zorva {
 namespace {

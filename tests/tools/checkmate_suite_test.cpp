@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "analysis/checkmate.h"
+#include "protocol/engine_search.h"
 #include "board/zobrist.h"
 #include "search/threat_solver.h"
 #include "search/tt.h"

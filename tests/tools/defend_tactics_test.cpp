@@ -18,6 +18,7 @@
 #include "tools/four_positions.h"
 #include "tools/referee_search.h"
 #include "tools/threat_positions.h"
+#include "protocol/engine_search.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define ZORVA_DEFEND_SANITIZED 1
@@ -84,7 +85,7 @@ LastList defend(int rule, int size, const char* black, const char* white) {
   if (transpositionTable.allocated()) transpositionTable.clear();
   std::FILE* sink = std::fopen("/dev/null", "w");
   setOutput(sink);
-  EngineAnalysis search;
+  GameAnalysis search;
   LastList reporter;
   runSearchDefend(search, reporter, 0);
   setOutput(nullptr);

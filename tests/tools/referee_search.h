@@ -16,7 +16,7 @@
 #include "protocol/engine_state.h"
 #include "protocol/output.h"
 #include "search/driver.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 #include "search/tt.h"
 
 namespace zorva::tactics {

@@ -21,7 +21,7 @@
 #include "search/vcf.h"
 #include "tools/four_positions.h"
 #include "tools/referee_search.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 
 namespace zorva {
 namespace {

@@ -12,7 +12,7 @@
 #include "protocol/engine_state.h"
 #include "search/searcher.h"
 #include "search/vcf.h"
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 
 namespace zorva {
 namespace {

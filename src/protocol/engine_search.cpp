@@ -1,12 +1,14 @@
-#include "search/engine_search.h"
+#include "protocol/engine_search.h"
 
 #include <algorithm>
 
+#include "analysis/checkmate.h"
 #include "board/eval.h"
 #include "protocol/engine_state.h"
 #include "search/parallel.h"
 #include "search/search.h"
 #include "search/searcher.h"
+#include "search/threat_solver.h"
 #include "search/tt.h"
 #include "search/vcf.h"
 
@@ -83,6 +85,33 @@ void EngineSearch::mergeStatistics() {
     s.nodes = 0;
   }
 }
+
+void CheckmateSearch::prepare() {
+  EngineSearch::prepare();
+  // Walls and the rule may have changed since the last think.
+  clearSolverMemo();
+}
+
+int32_t CheckmateSearch::searchRoot(int depth, Colour side) { return checkmateRoot(searcher(0), level_, depth, side); }
+
+Move chooseCheckmateMove() {
+  CheckmateSearch search(checkmateLevel(engine.settings.checkmate));
+  return runCheckmateDriver(search, engine.board);
+}
+
+GameAnalysis::GameAnalysis() : EngineAnalysis(turn, engine.board) {}
+
+Move chooseTurnMove() {
+  EngineSearch search;
+  return runTurnDriver(search, engine.board);
+}
+
+void ponder() {
+  EngineSearch search;
+  runPonder(search, engine.board);
+}
+
+SearchContext& EngineSearch::context() { return engine.search; }
 
 Move EngineSearch::quickWinMove(Colour side) {
   copyBoard(engine.board, rootSearcher().board);

@@ -1,6 +1,7 @@
 #pragma once
 // The engine's search behind the think driver: searcher 0 on a copy of the
 // game board, the shared transposition table.
+#include "analysis/analysis_search.h"
 #include "search/driver.h"
 #include "search/observer.h"
 
@@ -10,6 +11,7 @@ class EngineSearch : public SearchBackend {
  public:
   // Takes the settings into the engine's search context (prepareSearchContext).
   EngineSearch();
+  SearchContext& context() override;
   void prepare() override;
   int32_t evaluate(Colour side) override;
   void startDepth() override;
@@ -30,6 +32,38 @@ class EngineSearch : public SearchBackend {
 // cannot be had is reported once per size asked for; the search then goes
 // on with the table it has, or none.
 void prepareTable(SearchObserver& observer);
+
+// The turn's backend with the root of one level of the checkmate solvers.
+class CheckmateSearch : public EngineSearch {
+ public:
+  explicit CheckmateSearch(int level) : level_(level) {}
+  void prepare() override;
+  int32_t searchRoot(int depth, Colour side) override;
+
+ private:
+  int level_;
+};
+
+// The engine's turn search, held for the analyses built on it.
+struct TurnSearchMember {
+  EngineSearch turn;
+};
+
+// The analyses on the game position.
+class GameAnalysis : private TurnSearchMember, public EngineAnalysis {
+ public:
+  GameAnalysis();
+};
+
+// A checkmate think on the game board at the level set now; the move, or
+// kNoMove when no cell is usable.
+Move chooseCheckmateMove();
+
+// The move for a turn on the game board, or kNoMove when none is usable.
+Move chooseTurnMove();
+
+// Thinks about the game board on the opponent's time until stopped.
+void ponder();
 
 // Takes the settings a search obeys into the engine's search context and
 // binds the searchers to it.
