@@ -28,8 +28,6 @@ constexpr SolverLimits kJudgeLimits[] = {
     {kThreatNodes, kThreatThrees, kMaxStones},
     {kProofNodes, kProofThreats, kMaxStones},
 };
-constexpr int kBalanceShare = 16;
-constexpr int kSwapPairShare = 4;
 
 Searcher& analysisSearcher() { return searcher(0); }
 }  // namespace
@@ -115,14 +113,6 @@ void finishAnalysis(SearchContext& ctx, int depth) {
   t.currentDepth = depth;
   t.finalValue = 0;
   t.aborted = ctx.aborted != 0;
-}
-
-int32_t swapPairBudget(const Settings& s) {
-  return std::min(s.timeLeft / kSwapPairShare, int32_t(s.timeoutTurn));
-}
-
-int32_t balanceBudget(const Settings& s) {
-  return std::min(s.timeLeft / kBalanceShare, int32_t(s.timeoutTurn));
 }
 
 }  // namespace zorva

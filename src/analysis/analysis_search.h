@@ -97,11 +97,4 @@ Progress progressAt(const SearchContext& ctx, int depth);
 // result a later turn may build on, so it is 0.
 void finishAnalysis(SearchContext& ctx, int depth);
 
-// The pairs offered instead of a swap take a quarter of the time left,
-// capped by the turn limit.
-int32_t swapPairBudget(const Settings& s);
-
-// Balance searches take a 16th of the time left, capped by the turn limit.
-int32_t balanceBudget(const Settings& s);
-
 }  // namespace zorva

@@ -20,7 +20,7 @@ NarrowingRules balanceRules(Colour mover, int stones, int32_t offset) {
 
 void runBalance(AnalysisSearch& search, AnalysisReporter& reporter, int stones, int32_t offset) {
   const int32_t d = std::clamp(offset, -kMaxBalanceOffset, kMaxBalanceOffset);
-  startAnalysisClock(search.context(), balanceBudget(*search.context().engineSettings));
+  startAnalysisClock(search.context(), thinkBudget(*search.context().engineSettings, Budget::kBalance));
   search.prepare();
   const NarrowingRules rules = balanceRules(search.board().sideToMove(), stones, d);
   CandidateList& list = analysisCandidates();

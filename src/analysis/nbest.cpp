@@ -90,7 +90,7 @@ int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, bool images,
 }  // namespace
 
 void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count) {
-  runNBest(search, reporter, count, {turnBudget(*search.context().engineSettings), search.context().engineSettings->nbestSym != 0});
+  runNBest(search, reporter, count, {thinkBudget(*search.context().engineSettings, Budget::kTurn), search.context().engineSettings->nbestSym != 0});
 }
 
 void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count, const NBestLimits& limits) {

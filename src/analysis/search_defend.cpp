@@ -104,7 +104,7 @@ void report(const SearchContext& ctx, AnalysisReporter& reporter, const Defences
 }  // namespace
 
 void runSearchDefend(AnalysisSearch& search, AnalysisReporter& reporter, int level) {
-  startAnalysisClock(search.context(), turnBudget(*search.context().engineSettings));
+  startAnalysisClock(search.context(), thinkBudget(*search.context().engineSettings, Budget::kTurn));
   search.prepare();
   const Board& board = search.board();
   const Colour side = board.sideToMove();

@@ -88,7 +88,7 @@ class RankCollector : public AnalysisReporter {
 // ranks above it and their images.
 void offerFromSearch(AnalysisSearch& search, int wanted, Offers& offers) {
   RankCollector ranks;
-  runNBest(search, ranks, wanted, {decisionBudget(*search.context().engineSettings) / kRankingPhases, true});
+  runNBest(search, ranks, wanted, {thinkBudget(*search.context().engineSettings, Budget::kDecision) / kRankingPhases, true});
   Board& b = search.board();
   for (const Move m : ranks.moves) offer(search.context(), b, offers, wanted, m, b.sideToMove());
 }
@@ -127,7 +127,7 @@ std::optional<Move> chosenFromBook(const SearchContext& ctx, const Board& b, std
 // distance below a value no position reaches. They start in the order of the
 // offering side's static value, the lowest first.
 Move chosenFromSearch(AnalysisSearch& search, std::span<const Move> candidates) {
-  startAnalysisClock(search.context(), decisionBudget(*search.context().engineSettings));
+  startAnalysisClock(search.context(), thinkBudget(*search.context().engineSettings, Budget::kDecision));
   search.prepare();
   Board& b = search.board();
   const Colour side = b.sideToMove();

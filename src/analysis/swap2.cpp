@@ -19,7 +19,7 @@ int32_t decisionValue(AnalysisSearch& search) {
 // keeps the best of the last finished pass: a pass cut short compared its
 // entries at two depths.
 Candidate balancedPair(AnalysisSearch& search) {
-  startAnalysisClock(search.context(), swapPairBudget(*search.context().engineSettings));
+  startAnalysisClock(search.context(), thinkBudget(*search.context().engineSettings, Budget::kSwapPair));
   search.prepare();
   const Colour side = search.board().sideToMove();
   const NarrowingRules rules{side, kPairStones, side, 0};

@@ -11,10 +11,6 @@ namespace zorva {
 
 namespace {
 
-constexpr int kBudgetShare = 24;            // a turn takes about 1/24 of the time left
-constexpr int kPonderShare = 16;
-constexpr int kCheckmateShare = 16;          // a solver may look longer than a turn, with no increment term
-constexpr int kDecisionShare = 8;           // a one-off decision may take more of the clock
 constexpr int32_t kRenjuBias = 75;          // black's edge under Renju, taken out of the stability test
 constexpr int32_t kUnstableValue = 149;
 constexpr int32_t kRootWindow = 100000000;
@@ -42,8 +38,9 @@ void setDepthBudget(const Settings& s, ThinkState& t, Colour side, const Board& 
   int32_t v = t.rootValue;
   if (s.rule == 2) v += side == BLACK ? -kRenjuBias : kRenjuBias;
   t.valueUnstable = std::abs(v) > kUnstableValue;
-  t.timeBudget = depthBudget(s, t.valueUnstable, t.dropFlagA, t.dropFlagB);
-  for (int flags = 0; flags < 4; ++flags) t.dropBudgets[flags] = depthBudget(s, t.valueUnstable, flags & 1, flags >> 1);
+  t.timeBudget = thinkBudget(s, Budget::kTurn, 1 + t.valueUnstable + t.dropFlagA + t.dropFlagB);
+  for (int flags = 0; flags < 4; ++flags)
+    t.dropBudgets[flags] = thinkBudget(s, Budget::kTurn, 1 + t.valueUnstable + (flags & 1) + (flags >> 1));
   if (fitsEvenShare(s, t.timeBudget, board)) run.plentiful = true;
 }
 
@@ -173,22 +170,21 @@ int64_t nowMs() {
   return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-int32_t turnBudget(const Settings& s) {
-  return int32_t(std::min<int64_t>(s.timeLeft / kBudgetShare + s.timeIncrement / 2, s.timeoutTurn));
-}
-
-int32_t ponderBudget(const Settings& s) { return std::min(s.timeLeft / kPonderShare, int32_t(s.timeoutTurn)); }
-
-int32_t checkmateBudget(const Settings& s) { return std::min(s.timeLeft / kCheckmateShare, int32_t(s.timeoutTurn)); }
-
-int32_t decisionBudget(const Settings& s) {
-  return int32_t(std::min<int64_t>(s.timeLeft / kDecisionShare + s.timeIncrement / 2, s.timeoutTurn));
+int32_t thinkBudget(const Settings& s, Budget kind, int shares) {
+  struct Share {
+    int32_t of;  // the part of the time left
+    bool increment;  // half the increment on top
+  };
+  constexpr Share kShares[] = {{24, true}, {16, false}, {16, false}, {8, true}, {4, false}, {16, false}};
+  const Share share = kShares[int(kind)];
+  const int64_t time = int64_t(shares) * s.timeLeft / share.of + (share.increment ? s.timeIncrement / 2 : 0);
+  return int32_t(std::min<int64_t>(time, s.timeoutTurn));
 }
 
 int32_t runDecisionSearch(SearchBackend& backend, const Board& board) {
   SearchContext& ctx = backend.context();
   ThinkState& t = *ctx.think;
-  t.timeBudget = decisionBudget(*ctx.engineSettings);
+  t.timeBudget = thinkBudget(*ctx.engineSettings, Budget::kDecision);
   resetCounters(ctx);
   const Deepening run = clockedDeepening(backend, board, true, Deepen::Decision);
   t.currentDepth = run.lastDone;
@@ -205,7 +201,7 @@ void runPonder(SearchBackend& backend, const Board& board) {
   const Line bestLine = t.bestLine;
   const bool aborted = t.aborted;
   const int64_t elapsedMs = t.elapsedMs;
-  t.timeBudget = ponderBudget(*ctx.engineSettings);
+  t.timeBudget = thinkBudget(*ctx.engineSettings, Budget::kPonder);
   resetCounters(ctx);
   clockedDeepening(backend, board, true, Deepen::Ponder);
   t.elapsedMs = elapsedMs;
@@ -215,11 +211,6 @@ void runPonder(SearchBackend& backend, const Board& board) {
   t.drawAcceptable = drawAcceptable;
   t.bestLine = bestLine;
   t.aborted = aborted;
-}
-
-int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB) {
-  const int64_t share = int64_t(unstable + dropB + 1 + dropA) * s.timeLeft / kBudgetShare;
-  return int32_t(std::min<int64_t>(s.timeIncrement / 2 + share, s.timeoutTurn));
 }
 
 namespace {
@@ -234,7 +225,7 @@ Move playTurn(SearchBackend& backend, const Board& board, bool quiet, TurnKind k
   const Settings& s = *ctx.engineSettings;
   ThinkState& t = *ctx.think;
   const Colour side = board.sideToMove();
-  t.timeBudget = kind == TurnKind::Normal ? turnBudget(s) : checkmateBudget(s);
+  t.timeBudget = thinkBudget(s, kind == TurnKind::Normal ? Budget::kTurn : Budget::kCheckmate);
   resetCounters(ctx);
   // A checkmate think offers no draw: its value says nothing of one.
   if (kind == TurnKind::Checkmate) t.drawAcceptable = 0;

@@ -61,17 +61,20 @@ class SearchBackend {
 
 int64_t nowMs();
 
-// The first budget of a turn: a 24th of the time left plus half the increment, capped by the turn limit.
-int32_t turnBudget(const Settings& s);
-// Pondering takes a 16th of the time left, capped by the turn limit.
-int32_t ponderBudget(const Settings& s);
-// A checkmate think takes a 16th of the time left, capped by the turn limit.
-int32_t checkmateBudget(const Settings& s);
-// A decision search (whether to swap colours) takes an 8th of the time left
-// plus half the increment, capped by the turn limit.
-int32_t decisionBudget(const Settings& s);
-// The budget while deepening, longer when the value is unstable or dropping.
-int32_t depthBudget(const Settings& s, int unstable, int dropA, int dropB);
+// The kinds of think, by what they take of the clock.
+enum class Budget {
+  kTurn,       // a 24th of the time left plus half the increment
+  kPonder,     // a 16th
+  kCheckmate,  // a 16th: a solver may look longer than a turn, with no increment term
+  kDecision,   // an 8th plus half the increment: whether to swap colours, once a game
+  kSwapPair,   // a quarter: the stones offered instead of a swap
+  kBalance,    // a 16th
+};
+
+// What a think of `kind` takes, `shares` times over (a turn's deepening
+// takes more while its value is unstable or dropping), capped by the turn
+// limit.
+int32_t thinkBudget(const Settings& s, Budget kind, int shares = 1);
 
 // The stop rules tested before each depth: out of time (unless the time is
 // plentiful) or the board too full for `extraStones` more stones and the

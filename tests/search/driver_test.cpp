@@ -257,19 +257,19 @@ TEST(Budget, Formulas) {
   s.timeLeft = 60000;
   s.timeoutTurn = 5000;
   s.timeIncrement = 1000;
-  EXPECT_EQ(turnBudget(s), 60000 / 24 + 500);
-  EXPECT_EQ(depthBudget(s, 1, 0, 1), 5000) << "capped by the turn limit";
+  EXPECT_EQ(thinkBudget(s, Budget::kTurn), 60000 / 24 + 500);
+  EXPECT_EQ(thinkBudget(s, Budget::kTurn, 3), 5000) << "capped by the turn limit";
   s.timeoutTurn = 30000;
-  EXPECT_EQ(depthBudget(s, 1, 0, 1), 500 + 3 * 60000 / 24);
+  EXPECT_EQ(thinkBudget(s, Budget::kTurn, 3), 500 + 3 * 60000 / 24);
   s.timeoutTurn = 5000;
   s.timeLeft = 2147483647;
-  EXPECT_EQ(depthBudget(s, 1, 1, 1), 5000) << "no overflow with a huge time left";
+  EXPECT_EQ(thinkBudget(s, Budget::kTurn, 4), 5000) << "no overflow with a huge time left";
   s.timeoutTurn = 100;
-  EXPECT_EQ(turnBudget(s), 100);
+  EXPECT_EQ(thinkBudget(s, Budget::kTurn), 100);
   s.timeoutTurn = 30000;
   s.timeLeft = 60000;
-  EXPECT_EQ(decisionBudget(s), 60000 / 8 + 500);
-  EXPECT_EQ(ponderBudget(s), 60000 / 16);
+  EXPECT_EQ(thinkBudget(s, Budget::kDecision), 60000 / 8 + 500);
+  EXPECT_EQ(thinkBudget(s, Budget::kPonder), 60000 / 16);
 }
 
 TEST(DrawAcceptance, FollowsValueAndStones) {
