@@ -32,7 +32,8 @@ void runBalance(AnalysisSearch& search, AnalysisReporter& reporter, int stones, 
   auto report = [&](int depth, bool final) {
     const Candidate best = list.count > 0 ? list.entries[0] : Candidate{0, kNoMove, kNoMove};
     const Move cells[] = {best.first, best.second};
-    reporter.balance(progressAt(search.context(), depth + stones), d, best.score, std::span<const Move>(cells, size_t(stones)), final);
+    const std::span<const Move> stonesShown(cells, size_t(stones));
+    reporter.balance(progressAt(search.context(), depth + stones), d, best.score, stonesShown, final);
   };
   const int last = narrow(search, rules, list, [&](int depth) { report(depth, false); });
   finishAnalysis(search.context(), last + stones);

@@ -67,9 +67,10 @@ int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, bool images,
   static Lines lines;  // the think thread's only; too large for its stack beside `best`
   const Board& board = search.board();
   const Colour side = board.sideToMove();
-  const Settings& s = *search.context().engineSettings;
+  const SearchContext& ctx = search.context();
+  const Settings& s = *ctx.engineSettings;
   int last = 0;
-  for (int depth = s.startDepth; depth <= maxDepth && !stopBeforeDepth(search.context(), board, depth, false); ++depth) {
+  for (int depth = s.startDepth; depth <= maxDepth && !stopBeforeDepth(ctx, board, depth, false); ++depth) {
     search.startDepth(depth);
     const bool onlyMove = searchRanks(search, side, images, depth, first, wanted, best, lines);
     search.mergeStatistics();
@@ -90,7 +91,8 @@ int deepenRanks(AnalysisSearch& search, AnalysisReporter& reporter, bool images,
 }  // namespace
 
 void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count) {
-  runNBest(search, reporter, count, {thinkBudget(*search.context().engineSettings, Budget::kTurn), search.context().engineSettings->nbestSym != 0});
+  const Settings& s = *search.context().engineSettings;
+  runNBest(search, reporter, count, {thinkBudget(s, Budget::kTurn), s.nbestSym != 0});
 }
 
 void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count, const NBestLimits& limits) {
@@ -102,11 +104,11 @@ void runNBest(AnalysisSearch& search, AnalysisReporter& reporter, int count, con
   // The best move alone first, deepened as a turn deepens, so that it is the
   // move a turn would choose; the other ranks would change the table under
   // it. Then the others, with the same budget again, as deep.
-  const int last = deepenRanks(search, reporter, limits.distinctImages, 0, 1, search.context().engineSettings->maxDepth, best);
+  const Settings& s = *search.context().engineSettings;
+  const int last = deepenRanks(search, reporter, limits.distinctImages, 0, 1, s.maxDepth, best);
   if (wanted > 1 && best.count == 1 && !stopRequested(search.context())) {
     extendAnalysisBudget(search.context());
-    deepenRanks(search, reporter, limits.distinctImages, 1, wanted, std::max(last, int(search.context().engineSettings->startDepth)),
-                best);
+    deepenRanks(search, reporter, limits.distinctImages, 1, wanted, std::max(last, int(s.startDepth)), best);
   }
   finishAnalysis(search.context(), last);
   reporter.nbest(ranks(best));

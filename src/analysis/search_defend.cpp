@@ -112,7 +112,9 @@ void runSearchDefend(AnalysisSearch& search, AnalysisReporter& reporter, int lev
   collect(search, side, level, list);
   order(list);
   int last = 0;
-  for (int depth = search.context().engineSettings->startDepth; list.holding > 0 && !stopBeforeDepth(search.context(), board, depth, false); ++depth) {
+  const SearchContext& ctx = search.context();
+  for (int depth = ctx.engineSettings->startDepth; list.holding > 0 && !stopBeforeDepth(ctx, board, depth, false);
+       ++depth) {
     search.startDepth(depth);
     const bool completed = searchHolding(search, side, depth, list);
     search.mergeStatistics();

@@ -88,7 +88,8 @@ class RankCollector : public AnalysisReporter {
 // ranks above it and their images.
 void offerFromSearch(AnalysisSearch& search, int wanted, Offers& offers) {
   RankCollector ranks;
-  runNBest(search, ranks, wanted, {thinkBudget(*search.context().engineSettings, Budget::kDecision) / kRankingPhases, true});
+  const int32_t budget = thinkBudget(*search.context().engineSettings, Budget::kDecision);
+  runNBest(search, ranks, wanted, {budget / kRankingPhases, true});
   Board& b = search.board();
   for (const Move m : ranks.moves) offer(search.context(), b, offers, wanted, m, b.sideToMove());
 }
@@ -103,7 +104,8 @@ void offerFromEvaluation(AnalysisSearch& search, int wanted, Offers& offers) {
   CandidateList& list = analysisCandidates();
   collectSingles(search, rules, list);
   sortCandidates(list);
-  for (int i = 0; i < list.count && offers.count < wanted; ++i) offer(search.context(), b, offers, wanted, list.entries[i].first, side);
+  for (int i = 0; i < list.count && offers.count < wanted; ++i)
+    offer(search.context(), b, offers, wanted, list.entries[i].first, side);
 }
 
 // The candidate the book values best for the chooser, when it values them all.

@@ -18,10 +18,12 @@ namespace {
 Searcher& rootSearcher() { return searcher(0); }
 }  // namespace
 
-// Rule set-up and hash set-up: the boards follow the rule in force, the
-// table its size, before the first depth of a turn.
 EngineSearch::EngineSearch() { prepareSearchContext(); }
 
+SearchContext& EngineSearch::context() { return engine.search; }
+
+// Rule set-up and hash set-up: the boards follow the rule in force, the
+// table its size, before the first depth of a turn.
 void EngineSearch::prepare() {
   const int rule = engine.settings.rule;
   if (rule != engine.think.builtRule) {
@@ -51,7 +53,8 @@ void prepareSearchContext() {
 void prepareTable(SearchObserver& observer) {
   TranspositionTable& table = transpositionTable;
   const int32_t size = engine.settings.hashSize;
-  if (size != table.sizeSetting() && size != table.refusedSetting() && !table.resize(size, TranspositionTable::Fill::kBackground)) {
+  const bool wanted = size != table.sizeSetting() && size != table.refusedSetting();
+  if (wanted && !table.resize(size, TranspositionTable::Fill::kBackground)) {
     constexpr uint64_t kMiB = 1 << 20;
     observer.tableRefused(TranspositionTable::bytesFor(size) / kMiB,
                           table.allocated() ? TranspositionTable::bytesFor(table.sizeSetting()) / kMiB : 0);
@@ -110,8 +113,6 @@ void ponder() {
   EngineSearch search;
   runPonder(search, engine.board);
 }
-
-SearchContext& EngineSearch::context() { return engine.search; }
 
 Move EngineSearch::quickWinMove(Colour side) {
   copyBoard(engine.board, rootSearcher().board);
