@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
 
 #include "search/think.h"
 #include "search/tt.h"
@@ -118,7 +119,7 @@ Deepening clockedDeepening(SearchBackend& backend, const Board& board, bool quie
 
 // The threat search that finds a quick win knows nothing of the cells the
 // user took away.
-Move choosable(const SearchContext& ctx, const Board& board, Move m) {
+Move ifChoosable(const SearchContext& ctx, const Board& board, Move m) {
   return mayChoose(ctx, board, m) ? m : kNoMove;
 }
 
@@ -176,6 +177,7 @@ int32_t thinkBudget(const Settings& s, Budget kind, int shares) {
     bool increment;  // half the increment on top
   };
   constexpr Share kShares[] = {{24, true}, {16, false}, {16, false}, {8, true}, {4, false}, {16, false}};
+  static_assert(std::size(kShares) == size_t(Budget::kBalance) + 1, "one share for each kind of think");
   const Share share = kShares[int(kind)];
   const int64_t time = int64_t(shares) * s.timeLeft / share.of + (share.increment ? s.timeIncrement / 2 : 0);
   return int32_t(std::min<int64_t>(time, s.timeoutTurn));
@@ -232,7 +234,7 @@ Move playTurn(SearchBackend& backend, const Board& board, bool quiet, TurnKind k
 
   // A win proven last turn is played out without a search.
   const Move provenWin = board.stoneCount() > 0 && t.builtRule != -1 && t.finalValue - t.currentDepth >= kWin
-                             ? choosable(ctx, board, backend.quickWinMove(side))
+                             ? ifChoosable(ctx, board, backend.quickWinMove(side))
                              : kNoMove;
   if (board.stoneCount() == 0) {
     t.bestMove = emptyBoardMove(ctx, board);
@@ -246,7 +248,7 @@ Move playTurn(SearchBackend& backend, const Board& board, bool quiet, TurnKind k
     t.currentDepth = run.lastDone;
     t.finalValue = run.lastValue;
     if (t.finalValue - t.currentDepth >= kWin) {
-      const Move win = choosable(ctx, board, backend.quickWinMove(side));
+      const Move win = ifChoosable(ctx, board, backend.quickWinMove(side));
       if (win != kNoMove) t.bestMove = win;
     }
     if (kind == TurnKind::Normal) updateDrawAcceptance(ctx, t.finalValue, side, t.singleReply, board);

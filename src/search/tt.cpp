@@ -32,9 +32,6 @@ uint64_t checkWord(uint64_t key, const TTEntry& e) {
          (uint64_t(uint16_t(e.depth)) << 2) ^ e.bound;
 }
 
-// A system without the call leaves the pages to fault in as they are touched.
-bool populate(uint64_t* words, uint64_t bytes) { return madvise(words, bytes, MADV_POPULATE_WRITE) == 0; }
-
 bool isProven(int32_t value) { return value >= kProvenBound || value < -(kProvenBound - 1); }
 
 // Orders an update's moves: given ones first, then old ones not given.
@@ -106,35 +103,39 @@ uint64_t* TranspositionTable::mapZeroed(uint64_t bytes) {
   return static_cast<uint64_t*>(words);
 }
 
-void TranspositionTable::fill(uint64_t live) {
-  constexpr uint64_t kBucketWords = kBucketEntries * kWordsPerEntry;
-  for (; live < buckets_; live *= 2) {
-    // Both sides' new halves, 2 MiB at a time, so that a stop is quick.
-    for (uint64_t side = 0; side < 2; ++side) {
-      uint64_t* from = words_ + (side * buckets_ + live) * kBucketWords;
-      const uint64_t bytes = live * kBucketWords * sizeof(uint64_t);
-      for (uint64_t done = 0; done < bytes; done += kLargePage) {
-        if (stopFill_.load(std::memory_order_relaxed)) return;
-        if (!populate(from + done / sizeof(uint64_t), std::min(kLargePage, bytes - done))) {
-          liveMask_.store(buckets_ - 1, std::memory_order_relaxed);
-          return;
-        }
+bool TranspositionTable::populateBuckets(uint64_t from, uint64_t to) {
+  constexpr uint64_t kBucketBytes = kBucketEntries * kWordsPerEntry * sizeof(uint64_t);
+  for (uint64_t side = 0; side < 2; ++side) {
+    char* start = reinterpret_cast<char*>(words_) + (side * buckets_ + from) * kBucketBytes;
+    const uint64_t bytes = (to - from) * kBucketBytes;
+    // 2 MiB at a time, so that a stop is quick.
+    for (uint64_t done = 0; done < bytes; done += kLargePage) {
+      if (stopFill_.load(std::memory_order_relaxed)) return false;
+      if (madvise(start + done, std::min(kLargePage, bytes - done), MADV_POPULATE_WRITE) != 0) {
+        // A system without the call leaves the pages to fault in as they are touched.
+        liveMask_.store(buckets_ - 1, std::memory_order_relaxed);
+        return false;
       }
     }
+  }
+  return true;
+}
+
+void TranspositionTable::fill(uint64_t live) {
+  for (; live < buckets_; live *= 2) {
+    if (!populateBuckets(live, 2 * live)) return;
     liveMask_.store(2 * live - 1, std::memory_order_relaxed);
   }
 }
 
-// The first part is filled at once (a few milliseconds), so that searches
+// The first part is filled at once (about a millisecond), so that searches
 // always have a table; a small table is filled whole (a few milliseconds),
 // so that it is the same for every search.
 void TranspositionTable::startFill(Fill how) {
-  constexpr uint64_t kBucketWords = kBucketEntries * kWordsPerEntry;
   const uint64_t first = buckets_ <= kFillAtOnceBuckets ? buckets_ : kFirstFillBuckets;
-  populate(words_, first * kBucketWords * sizeof(uint64_t));
-  populate(words_ + buckets_ * kBucketWords, first * kBucketWords * sizeof(uint64_t));
-  liveMask_.store(first - 1, std::memory_order_relaxed);
   stopFill_.store(false, std::memory_order_relaxed);
+  liveMask_.store(first - 1, std::memory_order_relaxed);
+  if (!populateBuckets(0, first)) return;
   if (how == Fill::kNow)
     fill(first);
   else if (first < buckets_)

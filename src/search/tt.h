@@ -148,6 +148,9 @@ class TranspositionTable {
   // all of them, doubling the part searches use at each step; stops early
   // when stopFill_ is set.
   void fill(uint64_t live);
+  // Takes buckets [from, to) of both sides in place; false when stopped, or
+  // when the system cannot (then every bucket is in use, faulting in as touched).
+  bool populateBuckets(uint64_t from, uint64_t to);
   void startFill(Fill fill);
   // Stops a background fill and waits for its thread (`finish`: lets it end first).
   void joinFill(bool finish = false);
